@@ -1,0 +1,14 @@
+/* Visibility markers. The library is built with hidden visibility; only the C
+ * entry points and the namespaces of the lower layers are exported. */
+#ifndef PIXMORA_PMEXPORT_H
+#define PIXMORA_PMEXPORT_H
+
+#if defined(__GNUC__)
+#define PM_VISIBLE __attribute__((visibility("default")))
+#else
+#define PM_VISIBLE
+#endif
+
+#define PM_API PM_VISIBLE
+
+#endif

@@ -1,0 +1,395 @@
+// pmGL: a thin procedural layer over OpenGL ES 3 and EGL. Resources are plain
+// records owned by value; free functions fill, use and empty them. No record
+// frees its GL object on destruction: call the matching delete function.
+#ifndef PIXMORA_PMGL_H
+#define PIXMORA_PMGL_H
+
+#include <EGL/egl.h>
+#include <EGL/eglext.h>
+#include <GLES3/gl3.h>
+#include <GLES2/gl2ext.h>
+
+#include <glm/glm.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "pmExport.h"
+#include "pmUtil.h"
+
+#ifndef GL_TEXTURE_EXTERNAL_OES
+#define GL_TEXTURE_EXTERNAL_OES 0x8D65
+#endif
+
+namespace PM_VISIBLE pmGL {
+
+using pmUtil::ImageData;
+
+// Marks a vertex buffer whose attributes advance per instance.
+constexpr unsigned PM_INSTANCED_ARRAY = 65535;
+
+constexpr int TEX_FORMAT_SIZE = 5;
+extern const unsigned TEX_DATA_FORMAT_8U[TEX_FORMAT_SIZE];
+extern const unsigned TEX_DATA_FORMAT_16F[TEX_FORMAT_SIZE];
+extern const int TEX_INTERNAL_FORMAT_8U[TEX_FORMAT_SIZE];
+extern const int TEX_INTERNAL_FORMAT_16F[TEX_FORMAT_SIZE];
+
+struct TextureOpts {
+    unsigned target = GL_TEXTURE_2D;
+    unsigned type = GL_UNSIGNED_BYTE;
+    int internalFormat = GL_RGBA8;
+    unsigned format = GL_RGBA;
+    int minFilter = GL_LINEAR;
+    int magFilter = GL_LINEAR;
+    int wrapS = GL_CLAMP_TO_EDGE;
+    int wrapT = GL_CLAMP_TO_EDGE;
+    int wrapR = GL_CLAMP_TO_EDGE;
+    bool mipmap = false;
+    bool linear = true;
+};
+
+struct Texture {
+    unsigned id = 0;
+    int width = 0;
+    int height = 0;
+    TextureOpts opts;
+};
+
+struct RenderBufferOpts {
+    int internalFormat = GL_RGBA8;
+    int samples = 0;
+};
+
+struct RenderBuffer {
+    unsigned id = 0;
+    int width = 0;
+    int height = 0;
+    RenderBufferOpts opts;
+};
+
+struct FrameBuffer {
+    unsigned id = 0;
+    int width = 0;
+    int height = 0;
+    unsigned prevDrawFrameBuffer = 0;
+    unsigned prevReadFrameBuffer = 0;
+    int prevViewport[4] = {0, 0, 0, 0};
+    std::vector<Texture> colorTex;
+    Texture depthTex;
+    std::vector<RenderBuffer> colorRenderBuffer;
+    RenderBuffer depthRenderBuffer;
+};
+
+struct VertexAttribute {
+    unsigned type = GL_FLOAT;
+    int size = 0;
+    bool normalized = false;
+    int stride = 0;
+    std::uintptr_t offset = 0;
+    std::string name;
+};
+
+struct VertexBuffer {
+    unsigned id = 0;
+    unsigned indexId = 0;
+    std::uint32_t count = 0;
+    unsigned mode = GL_TRIANGLES;
+    unsigned indexType = GL_UNSIGNED_SHORT;
+    std::vector<VertexAttribute> attributes;
+};
+
+struct VertexArray {
+    unsigned id = 0;
+    unsigned count = 0;
+    unsigned mode = GL_TRIANGLES;
+    unsigned indexType = GL_UNSIGNED_SHORT;
+    bool indexed = false;
+};
+
+struct Uniform {
+    int location = -1;
+    int size = 0;
+    unsigned type = 0;
+    std::string name;
+};
+
+struct Attribute {
+    int location = -1;
+    int size = 0;
+    unsigned type = 0;
+    std::string name;
+};
+
+struct Program {
+    unsigned id = 0;
+    std::vector<Uniform> uniforms;
+    std::vector<Attribute> attribs;
+};
+
+// Named uniform values of one pass. A texture's unit is its position in
+// `textures`, whose keys are ordered by byte comparison.
+struct UniformData {
+    std::map<std::string, Texture> textures;
+    std::map<std::string, int> ints;
+    std::map<std::string, float> floats;
+    std::map<std::string, glm::vec2> vec2s;
+    std::map<std::string, glm::vec3> vec3s;
+    std::map<std::string, glm::vec4> vec4s;
+    std::map<std::string, glm::mat2> mat2s;
+    std::map<std::string, glm::mat3> mat3s;
+    std::map<std::string, glm::mat4> mat4s;
+};
+
+struct IndexedTriangle {
+    unsigned short a = 0;
+    unsigned short b = 0;
+    unsigned short c = 0;
+};
+
+template <typename V>
+struct TriangleStripMesh {
+    std::vector<V> vertices;
+    std::vector<VertexAttribute> attributes;
+};
+
+template <typename V>
+struct TriangleFanMesh {
+    std::vector<V> vertices;
+    std::vector<VertexAttribute> attributes;
+};
+
+template <typename V>
+struct IndexedTriangleMesh {
+    std::vector<V> vertices;
+    std::vector<IndexedTriangle> triangles;
+    std::vector<VertexAttribute> attributes;
+};
+
+template <typename V>
+struct IndexedTriangleStripMesh {
+    std::vector<V> vertices;
+    std::vector<unsigned short> indices;
+    std::vector<VertexAttribute> attributes;
+};
+
+struct BlendOpts {
+    bool enabled = true;
+    unsigned equationRGB = GL_FUNC_ADD;
+    unsigned equationAlpha = GL_FUNC_ADD;
+    unsigned srcRGB = GL_ONE;
+    unsigned dstRGB = GL_ONE_MINUS_SRC_ALPHA;
+    unsigned srcAlpha = GL_ONE;
+    unsigned dstAlpha = GL_ONE_MINUS_SRC_ALPHA;
+};
+
+struct CullFaceOpts {
+    bool enabled = false;
+    unsigned cullFace = GL_BACK;
+    unsigned frontFace = GL_CCW;
+};
+
+struct DepthTestOpts {
+    bool enabled = false;
+    bool mask = false;
+    unsigned func = GL_GEQUAL;
+};
+
+struct StencilTestOpts {
+    bool enabled = false;
+    unsigned mask = 0xFF;
+};
+
+struct RenderOpts {
+    BlendOpts blend;
+    CullFaceOpts cullFace;
+    DepthTestOpts depthTest;
+    StencilTestOpts stencilTest;
+    glm::bvec4 colorMask = glm::bvec4(true, true, true, true);
+};
+
+template <typename T>
+bool isExist(const T& object) {
+    return object.id != 0;
+}
+
+// ---- errors
+bool checkError();
+
+// ---- shaders and programs
+unsigned createShader(const char* source, unsigned type);
+bool createProgram(unsigned& id, const char* vertexSource, const char* fragmentSource);
+bool createProgram(unsigned& id, const std::string& vertexSource,
+                   const std::string& fragmentSource);
+bool createProgram(Program& program, const char* vertexSource, const char* fragmentSource);
+bool createProgram(Program& program, const std::string& vertexSource,
+                   const std::string& fragmentSource);
+void deleteProgram(unsigned& id);
+void deleteProgram(Program& program);
+void useProgram(unsigned id);
+void useProgram(const Program& program);
+bool isCurrentProgram(unsigned id);
+bool isCurrentProgram(const Program& program);
+
+// ---- reflection
+int getUniformLocation(unsigned program, const char* name);
+int getUniformLocation(unsigned program, const std::string& name);
+int getUniformLocation(const Program& program, const char* name);
+int getUniformLocation(const Program& program, const std::string& name);
+int getAttribLocation(unsigned program, const char* name);
+int getAttribLocation(unsigned program, const std::string& name);
+int getAttribLocation(const Program& program, const char* name);
+int getAttribLocation(const Program& program, const std::string& name);
+void bindUniformBlock(unsigned program, const char* blockName, unsigned bindingPoint);
+void bindUniformBlock(unsigned program, const std::string& blockName, unsigned bindingPoint);
+void bindUniformBlock(const Program& program, const char* blockName, unsigned bindingPoint);
+void bindUniformBlock(const Program& program, const std::string& blockName, unsigned bindingPoint);
+int getUniformBlockSize(unsigned program, const char* blockName);
+int getUniformBlockSize(unsigned program, const std::string& blockName);
+int getUniformBlockSize(const Program& program, const char* blockName);
+int getUniformBlockSize(const Program& program, const std::string& blockName);
+void cacheActiveUniforms(Program& program);
+void cacheActiveAttribs(Program& program);
+
+template <typename T>
+void uniform(const Program& program, const std::string& name, const T& value);
+template <>
+void uniform<int>(const Program& program, const std::string& name, const int& value);
+
+// ---- textures
+void createTexture(Texture& tex, int width, int height, void* pixels, const TextureOpts& opts);
+void createTexture(Texture& tex, const ImageData<unsigned char>& image, const TextureOpts& opts);
+void deleteTexture(Texture& tex);
+void bindTexture(const Texture& tex, int unit);
+unsigned getTextureInternalFormat(int channel, unsigned type);
+unsigned getTextureFormat(int channel, unsigned type);
+int getTextureChannel(unsigned format, unsigned type);
+int getTexelSize(const TextureOpts& opts);
+void updateTextureOpts(TextureOpts& opts, const ImageData<unsigned char>& image);
+void updateTextureOpts(TextureOpts& opts, const ImageData<float>& image);
+void updateTexture(Texture& tex, const ImageData<unsigned char>& image);
+void updateTexture(Texture& tex, const ImageData<float>& image);
+void updateTexture(Texture& tex, int x, int y, int width, int height, const void* data);
+void generateMipmap(Texture& tex);
+bool isEqualFormat(const Texture& tex, const ImageData<unsigned char>& image);
+bool isEqualFormat(const Texture& tex, const ImageData<float>& image);
+bool isEqualFormat(const Texture& tex, const Texture& other);
+
+// The unpack alignment rule shared by every upload: 4 when a row of `width`
+// texels of `texelSize` bytes is a multiple of 4 bytes, else 1.
+void setUnpackAlignment(int width, int texelSize);
+
+// ---- framebuffers
+void createFrameBuffer(FrameBuffer& fb, int width, int height, const TextureOpts& opts,
+                       int colorCount, bool depth, bool stencil);
+void createFrameBuffer(FrameBuffer& fb, const ImageData<unsigned char>& image,
+                       const TextureOpts& opts, int colorCount, bool depth, bool stencil,
+                       int samples);
+void updateFrameBuffer(FrameBuffer& fb, const ImageData<unsigned char>& image,
+                       unsigned targetIndex);
+void updateFrameBuffer(FrameBuffer& fb, const ImageData<float>& image, unsigned targetIndex);
+void generateMipmap(FrameBuffer& fb);
+bool bindFrameBuffer(FrameBuffer& fb);
+bool unbindFrameBuffer(FrameBuffer& fb);
+void deleteFrameBuffer(FrameBuffer& fb);
+bool isBound(FrameBuffer& fb);
+void specifyDrawBuffers(int count);
+void readFrameBuffer(FrameBuffer& fb, void* pixels, unsigned targetIndex);
+
+// ---- vertices
+void createVertexBuffer(VertexBuffer& vb, std::size_t vertexSize, std::size_t vertexCount,
+                        const void* data, unsigned usage, unsigned mode,
+                        const std::vector<VertexAttribute>& attributes);
+void updateVertexBuffer(VertexBuffer& vb, std::size_t vertexSize, std::size_t vertexCount,
+                        const void* data);
+void deleteVertexBuffer(VertexBuffer& vb);
+void enableVertexBuffer(const VertexBuffer& vb, const Program& program);
+void createVertexArray(VertexArray& va, const VertexBuffer& vb, const Program& program);
+void deleteVertexArray(VertexArray& va);
+void drawVertexArray(const VertexArray& va, std::size_t instanceCount);
+
+template <typename V>
+void createVertexBuffer(VertexBuffer& vb, const TriangleStripMesh<V>& mesh,
+                        unsigned usage = GL_STATIC_DRAW) {
+    createVertexBuffer(vb, sizeof(V), mesh.vertices.size(), mesh.vertices.data(), usage,
+                       GL_TRIANGLE_STRIP, mesh.attributes);
+}
+
+template <typename V>
+void updateVertexBuffer(VertexBuffer& vb, const TriangleStripMesh<V>& mesh) {
+    updateVertexBuffer(vb, sizeof(V), mesh.vertices.size(), mesh.vertices.data());
+}
+
+// ---- uniform data
+void setUniformData(UniformData& data, const std::string& name, const Texture& value);
+void setUniformData(UniformData& data, const std::string& name, int value);
+void setUniformData(UniformData& data, const std::string& name, float value);
+void setUniformData(UniformData& data, const std::string& name, const glm::vec2& value);
+void setUniformData(UniformData& data, const std::string& name, const glm::vec3& value);
+void setUniformData(UniformData& data, const std::string& name, const glm::vec4& value);
+void setUniformData(UniformData& data, const std::string& name, const glm::mat2& value);
+void setUniformData(UniformData& data, const std::string& name, const glm::mat3& value);
+void setUniformData(UniformData& data, const std::string& name, const glm::mat4& value);
+void unsetUniformData(UniformData& data, const std::string& name);
+void clearUniformData(UniformData& data);
+void useUniformData(const UniformData& data);
+void useUniformData(const UniformData& data, const Program& program);
+void useUniformData(const UniformData& data, const Program& program, const std::string& name);
+bool isUniformData(const UniformData& data, const std::string& name);
+void bindTexture(const UniformData& data);
+
+// ---- render state
+void setBlendFunction(BlendOpts& opts, unsigned srcRGB, unsigned dstRGB, unsigned srcAlpha,
+                      unsigned dstAlpha);
+void setBlendEquation(BlendOpts& opts, unsigned rgb, unsigned alpha);
+void enableBlend(BlendOpts& opts);
+void disableBlend(BlendOpts& opts);
+void setBlendNormal(BlendOpts& opts);
+void setBlendAlpha(BlendOpts& opts);
+void setBlendAdditive(BlendOpts& opts);
+void setBlendScreen(BlendOpts& opts);
+void setBlendMax(BlendOpts& opts);
+void useBlendOptions(const BlendOpts& opts);
+void useCullFaceOptions(const CullFaceOpts& opts);
+void useDepthTestOptions(const DepthTestOpts& opts);
+void useStencilTestOptions(const StencilTestOpts& opts);
+void useRenderOptions(const RenderOpts& opts);
+void setColorMask(const glm::bvec4& mask);
+
+// ---- EGL records used by the filter objects for native surfaces
+struct EGLInfo {
+    void* display = nullptr;
+    void* drawSurface = nullptr;
+    void* readSurface = nullptr;
+    void* context = nullptr;
+    void* prevDrawSurface = nullptr;
+    void* prevReadSurface = nullptr;
+    void* prevContext = nullptr;
+    PFNEGLCREATEIMAGEKHRPROC eglCreateImageKHRProc = nullptr;
+    PFNEGLDESTROYIMAGEKHRPROC eglDestroyImageKHRProc = nullptr;
+    PFNGLEGLIMAGETARGETTEXTURE2DOESPROC glEGLImageTargetTexture2DOESProc = nullptr;
+    bool bound = false;
+};
+
+struct SurfaceTexture {
+    void* image = nullptr;
+    Texture tex;
+};
+
+bool setEGLInfo(EGLInfo& info, void* display, void* drawSurface, void* readSurface, void* context);
+bool checkEglError();
+const char* eglGetErrorString(EGLint error);
+void deleteSurfaceTexture(SurfaceTexture& st, EGLInfo& info);
+
+// The private context: created on info.display, made current on the stored
+// surfaces by bindEGLContext, which saves what was current for unbindEGLContext.
+bool createEGLContext(EGLInfo& info);
+bool bindEGLContext(EGLInfo& info);
+bool unbindEGLContext(EGLInfo& info);
+bool deleteEGLContext(EGLInfo& info);
+
+}  // namespace pmGL
+
+#endif

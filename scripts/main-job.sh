@@ -1,0 +1,11 @@
+#!/usr/bin/env bash
+# The main job on a fresh machine: install what is missing, build, and turn a
+# real photograph grey with the pixmora tool, writing under out/.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+bash scripts/install-deps.sh
+bash scripts/build.sh
+mkdir -p out
+photo=/usr/share/backgrounds/mate/nature/Storm.jpg
+./build/tools/pixmora effect grey "$photo" out/storm-grey.png
+echo "wrote out/storm-grey.png"

@@ -1,0 +1,153 @@
+// FilterCommon, BufferInfo and the helpers shared by the filter objects.
+#include "pmFilters.h"
+
+#include <algorithm>
+
+namespace pmFilters {
+
+void BufferInfo::SetBufferColorType(__ColorType type) {
+    switch (type) {
+        case COLOR_TYPE_RGB:
+        case COLOR_TYPE_YUV:
+        case COLOR_TYPE_YUV444P:
+            colorType = type;
+            channel = 3;
+            break;
+        case COLOR_TYPE_RGBA:
+        case COLOR_TYPE_YUVA:
+        case COLOR_TYPE_YUVA_PLANAR:
+            colorType = type;
+            channel = 4;
+            break;
+        default:
+            colorType = COLOR_TYPE_RGBA;
+            channel = 4;
+            break;
+    }
+}
+
+void FilterCommon::Initialize() {
+    PM_LOGI("FilterCommon::Initialize()");
+    const bool plainBuilt = pmDraw::createNoFilter(compositing, false);
+    const bool nativeBuilt = pmDraw::createNoFilter(nativeCompositing, true);
+    isInit = plainBuilt && nativeBuilt;
+    if (isInit) {
+        PM_LOGE("Compositing and NativeCompositing is created");
+    } else {
+        PM_LOGE("Fail to Create Compositing Filter!");
+    }
+    PM_LOGI("FilterCommon::Initialize(void) FINISHED.");
+}
+
+namespace {
+
+bool isBuilt(const pmDraw::TextureFilter& filter) {
+    return filter.program.id != 0 || filter.quad.id != 0 || filter.vertexArray.id != 0;
+}
+
+}  // namespace
+
+void FilterCommon::Terminate() {
+    pmGL::deleteFrameBuffer(inputBuffer);
+    if (isBuilt(compositing)) pmDraw::deleteNoFilter(compositing);
+    pmGL::deleteSurfaceTexture(surfaceTexture, eglInfo);
+    if (isBuilt(nativeCompositing)) pmDraw::deleteNoFilter(nativeCompositing);
+}
+
+void FilterCommon::Draw(int, int) {}
+
+void FilterCommon::SetInputBuffer(unsigned char* buf) {
+    if (!isInit) {
+        PM_LOGE("It is not initialized.");
+        return;
+    }
+    const int width = inputInfo.size.x;
+    const int height = inputInfo.size.y;
+    const int channel = inputInfo.channel;
+    if (buf == nullptr) {
+        PM_LOGE("FilterCommon::SetInputBuffer() - buf is null.");
+        return;
+    }
+    if (width < 1 || height < 1 || channel < 1) {
+        PM_LOGE("FilterCommon::SetInputBuffer() - check values: width, height, channel");
+        return;
+    }
+    const pmUtil::ImageData<unsigned char> image(width, height, channel, buf);
+    const bool sameShape = pmGL::isExist(inputBuffer) && inputBuffer.width == width &&
+                           inputBuffer.height == height && !inputBuffer.colorTex.empty() &&
+                           pmGL::isEqualFormat(inputBuffer.colorTex[0], image);
+    if (sameShape) {
+        pmGL::updateFrameBuffer(inputBuffer, image, 0);
+        return;
+    }
+    pmGL::TextureOpts opts;
+    opts.mipmap = true;
+    pmGL::createFrameBuffer(inputBuffer, image, opts, 1, false, false, 1);
+}
+
+void FilterCommon::SetInputBufferYUV444(unsigned char*, unsigned char*, unsigned char*) {}
+
+void FilterCommon::SetInputBufferInfo(__ColorType type, int width, int height) {
+    if (!isInit) {
+        PM_LOGE("It is not initialized.");
+        return;
+    }
+    PM_LOGE("SetInputBufferInfo width[%d], height[%d]", width, height);
+    if (width > 0 && height > 0) {
+        inputInfo.SetBufferColorType(type);
+        inputInfo.SetBufferSize(glm::ivec2(glm::vec2(width, height)));
+    } else {
+        PM_LOGE("Buffer's input size is wrong !");
+    }
+}
+
+void FilterCommon::SetOutputBufferInfo(__ColorType type, int width, int height) {
+    if (!isInit) {
+        PM_LOGE("It is not initialized.");
+        return;
+    }
+    PM_LOGE("SetOutputBufferInfo width[%d], height[%d]", width, height);
+    // A wrong output size is reported and stored all the same.
+    if (width <= 0 || height <= 0) PM_LOGE("Buffer's output size is wrong !");
+    outputInfo.SetBufferColorType(type);
+    outputInfo.SetBufferSize(glm::ivec2(glm::vec2(width, height)));
+}
+
+void FilterCommon::SetOutputBuffer(unsigned char*) {}
+
+void FilterCommon::SetArea(const glm::vec2&, const glm::vec2&, const glm::vec2&, const glm::vec2&) {
+}
+
+void FilterCommon::SetFlip(glm::vec2 flipValue) {
+    if (!isInit) {
+        PM_LOGE("It is not initialized.");
+        return;
+    }
+    PM_LOGE("Set flip [%f %f]", flipValue.x, flipValue.y);
+    flip = flipValue;
+}
+
+void FilterCommon::SetInputBufferSize(glm::vec2 bufferSize) {
+    if (!isInit) {
+        PM_LOGE("It is not initialized.");
+        return;
+    }
+    inputInfo.SetBufferSize(glm::ivec2(bufferSize));
+}
+
+int fixKernelSize(int size) {
+    const int steps = static_cast<int>(static_cast<float>(size - 7) * 0.25f + 0.5f);
+    const int fixed = 4 * steps + 7;
+    PM_LOGE("blur kernel size = %d", fixed);
+    return fixed;
+}
+
+float convertToInternalScaleFactor(float intensity, int kernelSize, glm::ivec2 a, glm::ivec2 b) {
+    const int largestB = std::max(b.x, b.y);
+    if (largestB > 0) {
+        intensity *= static_cast<float>(std::max(a.x, a.y)) / static_cast<float>(largestB);
+    }
+    return static_cast<float>(kernelSize) / 35.0f / intensity;
+}
+
+}  // namespace pmFilters

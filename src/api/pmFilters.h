@@ -1,0 +1,91 @@
+// The filter objects behind the exported functions. FilterCommon keeps the
+// object's own copy of the input image in `inputBuffer`; every effect samples
+// that and draws into whatever framebuffer the caller has bound.
+#ifndef PIXMORA_SRC_API_PMFILTERS_H
+#define PIXMORA_SRC_API_PMFILTERS_H
+
+#include <glm/glm.hpp>
+
+#include "pixmora.h"
+#include "pmDraw.h"
+#include "pmGL.h"
+
+namespace pmFilters {
+
+// One side of a filter, input or output. The default pair of three channels
+// with the RGBA code holds only until the first Set-info call.
+class BufferInfo {
+public:
+    ~BufferInfo() = default;
+
+    void SetBuffer(unsigned char* buf) { buffer = buf; }
+    void SetBufferSize(glm::ivec2 bufferSize) { size = bufferSize; }
+    // Stores the code and derives the channel count from it; unknown codes
+    // become four-channel RGBA.
+    void SetBufferColorType(__ColorType type);
+
+    glm::ivec2 size = glm::ivec2(1920, 1080);
+    int channel = 3;
+    __ColorType colorType = COLOR_TYPE_RGBA;
+    unsigned char* buffer = nullptr;
+};
+
+class FilterCommon {
+public:
+    FilterCommon() = default;
+    virtual ~FilterCommon() = default;
+
+    virtual void Initialize();
+    virtual void Terminate();
+    virtual void Draw(int width, int height);
+    virtual void SetInputBuffer(unsigned char* buf);
+    virtual void SetInputBufferYUV444(unsigned char* y, unsigned char* u, unsigned char* v);
+    virtual void SetInputBufferInfo(__ColorType type, int width, int height);
+    virtual void SetOutputBufferInfo(__ColorType type, int width, int height);
+    virtual void SetOutputBuffer(unsigned char* buf);
+    virtual void SetArea(const glm::vec2& pos0, const glm::vec2& pos1, const glm::vec2& tex0,
+                         const glm::vec2& tex1);
+    virtual void SetFlip(glm::vec2 flipValue);
+
+    glm::ivec2 GetInputSize() const { return inputInfo.size; }
+    glm::ivec2 GetOutputSize() const { return outputInfo.size; }
+    __ColorType GetInputColorType() const { return inputInfo.colorType; }
+    __ColorType GetOutputColorType() const { return outputInfo.colorType; }
+    int GetInputChannel() const { return inputInfo.channel; }
+    int GetOutputChannel() const { return outputInfo.channel; }
+    bool IsInit() const { return isInit; }
+    void SetInputBufferSize(glm::vec2 bufferSize);
+
+    pmGL::EGLInfo eglInfo;
+    pmDraw::NoFilter nativeCompositing;
+    pmGL::SurfaceTexture surfaceTexture;
+    pmGL::FrameBuffer inputBuffer;
+    pmDraw::NoFilter compositing;
+    BufferInfo inputInfo;
+    BufferInfo outputInfo;
+    glm::vec2 flip = glm::vec2(0.0f, 1.0f);
+    bool isInit = false;
+};
+
+class GrayFilter : public FilterCommon {
+public:
+    GrayFilter() = default;
+    ~GrayFilter() override = default;
+
+    void Initialize() override;
+    void Terminate() override;
+    void Draw(int width, int height) override;
+
+    pmDraw::Grey grey;
+};
+
+// Snaps a blur kernel size to the nearest size of the form 4n + 7.
+int fixKernelSize(int size);
+
+// The scale factor of the blur's working copy for an intensity: the intensity
+// is first rescaled by the ratio of the larger sides of `a` and `b`.
+float convertToInternalScaleFactor(float intensity, int kernelSize, glm::ivec2 a, glm::ivec2 b);
+
+}  // namespace pmFilters
+
+#endif

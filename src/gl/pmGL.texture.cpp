@@ -1,0 +1,262 @@
+// 2D textures: creation, upload, mipmaps and the format tables' look-ups.
+#include "pmGL.h"
+
+namespace pmGL {
+
+namespace {
+
+bool isMipmapFilter(int filter) {
+    return filter == GL_NEAREST_MIPMAP_NEAREST || filter == GL_LINEAR_MIPMAP_NEAREST ||
+           filter == GL_NEAREST_MIPMAP_LINEAR || filter == GL_LINEAR_MIPMAP_LINEAR;
+}
+
+// The filter that turns mipmaps on. Not the inverse of withoutMipmap: the two
+// directions pick different mipmap filters.
+int withMipmap(int filter) {
+    if (filter == GL_LINEAR) return GL_LINEAR_MIPMAP_LINEAR;
+    if (filter == GL_NEAREST) return GL_NEAREST_MIPMAP_NEAREST;
+    return filter;
+}
+
+int withoutMipmap(int filter) {
+    if (filter == GL_LINEAR_MIPMAP_NEAREST || filter == GL_LINEAR_MIPMAP_LINEAR) return GL_LINEAR;
+    if (filter == GL_NEAREST_MIPMAP_NEAREST || filter == GL_NEAREST_MIPMAP_LINEAR) {
+        return GL_NEAREST;
+    }
+    return filter;
+}
+
+void applySamplingParameters(const TextureOpts& opts) {
+    glTexParameteri(opts.target, GL_TEXTURE_MIN_FILTER, opts.minFilter);
+    glTexParameteri(opts.target, GL_TEXTURE_MAG_FILTER, opts.magFilter);
+    glTexParameteri(opts.target, GL_TEXTURE_WRAP_S, opts.wrapS);
+    glTexParameteri(opts.target, GL_TEXTURE_WRAP_T, opts.wrapT);
+}
+
+template <typename T>
+T tableEntry(const T (&table)[TEX_FORMAT_SIZE], int channel) {
+    if (channel < 0 || channel >= TEX_FORMAT_SIZE) return 0;
+    return table[channel];
+}
+
+int componentSize(unsigned type) {
+    switch (type) {
+        case GL_UNSIGNED_BYTE:
+            return 1;
+        case GL_UNSIGNED_SHORT:
+            return 2;
+        case GL_FLOAT:
+        case GL_UNSIGNED_INT_24_8:
+            return 4;
+        default:
+            return 0;
+    }
+}
+
+template <typename T>
+bool isEqualImageFormat(const Texture& tex, const ImageData<T>& image, unsigned type) {
+    const int channel = image.getChannel();
+    return tex.opts.type == type &&
+           static_cast<unsigned>(tex.opts.internalFormat) ==
+               getTextureInternalFormat(channel, type) &&
+           tex.opts.format == getTextureFormat(channel, type);
+}
+
+}  // namespace
+
+void setUnpackAlignment(int width, int texelSize) {
+    glPixelStorei(GL_UNPACK_ALIGNMENT, (width * texelSize) % 4 == 0 ? 4 : 1);
+}
+
+void createTexture(Texture& tex, int width, int height, void* pixels, const TextureOpts& opts) {
+    if (width < 1 || height < 1) {
+        PM_LOGE("Invalid texture size = (%d, %d).", width, height);
+        return;
+    }
+    deleteTexture(tex);
+    tex.width = width;
+    tex.height = height;
+    tex.opts = opts;
+    TextureOpts& own = tex.opts;
+    glGenTextures(1, &tex.id);
+    glBindTexture(own.target, tex.id);
+    setUnpackAlignment(width, getTexelSize(own));
+    glTexImage2D(own.target, 0, own.internalFormat, width, height, 0, own.format, own.type, pixels);
+    if (own.mipmap && pixels == nullptr) {
+        // Mipmaps of undefined contents would be useless: sample level 0 only.
+        own.mipmap = false;
+        own.minFilter = withoutMipmap(own.minFilter);
+        PM_LOGE("Disable mipmap because data is nullptr.\n");
+    }
+    if (own.mipmap) own.minFilter = withMipmap(own.minFilter);
+    applySamplingParameters(own);
+    // A mipmap filter needs the chain to sample at all, whatever `mipmap` says.
+    if (isMipmapFilter(own.minFilter)) glGenerateMipmap(own.target);
+    glBindTexture(own.target, 0);
+    checkError();
+}
+
+void createTexture(Texture& tex, const ImageData<unsigned char>& image, const TextureOpts& opts) {
+    TextureOpts imageOpts = opts;
+    updateTextureOpts(imageOpts, image);
+    imageOpts.target = GL_TEXTURE_2D;
+    createTexture(tex, image.getWidth(), image.getHeight(), image.data, imageOpts);
+}
+
+// Leaves `opts` as they were, so the record can be created again alike.
+void deleteTexture(Texture& tex) {
+    if (tex.id == 0) return;
+    glDeleteTextures(1, &tex.id);
+    checkError();
+    tex.id = 0;
+    tex.width = 0;
+    tex.height = 0;
+}
+
+void bindTexture(const Texture& tex, int unit) {
+    PM_ASSERT(isExist(tex));
+    glActiveTexture(GL_TEXTURE0 + unit);
+    glBindTexture(tex.opts.target, tex.id);
+    checkError();
+}
+
+unsigned getTextureInternalFormat(int channel, unsigned type) {
+    PM_ASSERT(channel < TEX_FORMAT_SIZE);
+    switch (type) {
+        case GL_FLOAT:
+            return static_cast<unsigned>(tableEntry(TEX_INTERNAL_FORMAT_16F, channel));
+        case GL_UNSIGNED_BYTE:
+            return static_cast<unsigned>(tableEntry(TEX_INTERNAL_FORMAT_8U, channel));
+        case GL_UNSIGNED_SHORT:
+            return GL_DEPTH_COMPONENT;
+        case GL_UNSIGNED_INT_24_8:
+            return GL_DEPTH24_STENCIL8;
+        default:
+            PM_LOGE("Unsupported type: %d\n", type);
+            return 0;
+    }
+}
+
+unsigned getTextureFormat(int channel, unsigned type) {
+    PM_ASSERT(channel < TEX_FORMAT_SIZE);
+    switch (type) {
+        case GL_UNSIGNED_BYTE:
+            return tableEntry(TEX_DATA_FORMAT_8U, channel);
+        case GL_FLOAT:
+            return tableEntry(TEX_DATA_FORMAT_16F, channel);
+        case GL_UNSIGNED_SHORT:
+            return GL_DEPTH_COMPONENT;
+        case GL_UNSIGNED_INT_24_8:
+            return GL_DEPTH_STENCIL;
+        default:
+            PM_LOGE("Unsupported type: %d\n", type);
+            return 0;
+    }
+}
+
+int getTextureChannel(unsigned format, unsigned type) {
+    if (type == GL_UNSIGNED_SHORT || type == GL_UNSIGNED_INT_24_8) return 1;
+    if (type != GL_UNSIGNED_BYTE && type != GL_FLOAT) {
+        PM_LOGE("Unsupported type: %d\n", type);
+        return 0;
+    }
+    switch (format) {
+        case GL_RED:
+            return 1;
+        case GL_RG:
+            return 2;
+        case GL_RGB:
+            return 3;
+        case GL_RGBA:
+            return 4;
+        default:
+            return 0;
+    }
+}
+
+int getTexelSize(const TextureOpts& opts) {
+    const int size = componentSize(opts.type);
+    if (size == 0) {
+        PM_LOGE("Unsupported type: %d\n", opts.type);
+        return 0;
+    }
+    return getTextureChannel(opts.format, opts.type) * size;
+}
+
+void updateTextureOpts(TextureOpts& opts, const ImageData<unsigned char>& image) {
+    opts.type = GL_UNSIGNED_BYTE;
+    opts.internalFormat = static_cast<int>(getTextureInternalFormat(image.getChannel(), opts.type));
+    opts.format = getTextureFormat(image.getChannel(), opts.type);
+    if (opts.linear) return;
+    if (opts.internalFormat == GL_RGB8) opts.internalFormat = GL_SRGB8;
+    if (opts.internalFormat == GL_RGBA8) opts.internalFormat = GL_SRGB8_ALPHA8;
+}
+
+void updateTextureOpts(TextureOpts& opts, const ImageData<float>& image) {
+    opts.type = GL_FLOAT;
+    opts.internalFormat = static_cast<int>(getTextureInternalFormat(image.getChannel(), opts.type));
+    opts.format = getTextureFormat(image.getChannel(), opts.type);
+}
+
+// An sRGB texture never matches the default (linear) options and trips the
+// format assertion; it is only logged and the upload goes on.
+void updateTexture(Texture& tex, const ImageData<unsigned char>& image) {
+    PM_ASSERT(tex.width >= image.getWidth() && tex.height >= image.getHeight());
+    TextureOpts customOpts;
+    updateTextureOpts(customOpts, image);
+    PM_ASSERT(tex.opts.type == customOpts.type &&
+              tex.opts.internalFormat == customOpts.internalFormat &&
+              tex.opts.format == customOpts.format);
+    updateTexture(tex, 0, 0, image.getWidth(), image.getHeight(), image.data);
+}
+
+void updateTexture(Texture& tex, const ImageData<float>& image) {
+    PM_ASSERT(tex.width >= image.getWidth() && tex.height >= image.getHeight());
+    TextureOpts customOpts;
+    updateTextureOpts(customOpts, image);
+    PM_ASSERT(tex.opts.type == customOpts.type &&
+              tex.opts.internalFormat == customOpts.internalFormat &&
+              tex.opts.format == customOpts.format);
+    updateTexture(tex, 0, 0, image.getWidth(), image.getHeight(), image.data);
+}
+
+// The unpack alignment follows the texture's width, not the width uploaded.
+void updateTexture(Texture& tex, int x, int y, int width, int height, const void* data) {
+    PM_ASSERT(isExist(tex));
+    PM_ASSERT(data != nullptr);
+    PM_ASSERT(tex.opts.target == GL_TEXTURE_2D);
+    glBindTexture(tex.opts.target, tex.id);
+    setUnpackAlignment(tex.width, getTexelSize(tex.opts));
+    glTexSubImage2D(tex.opts.target, 0, x, y, width, height, tex.opts.format, tex.opts.type, data);
+    if (isMipmapFilter(tex.opts.minFilter)) glGenerateMipmap(tex.opts.target);
+    glBindTexture(tex.opts.target, 0);
+    checkError();
+}
+
+void generateMipmap(Texture& tex) {
+    glBindTexture(tex.opts.target, tex.id);
+    if (!tex.opts.mipmap) {
+        tex.opts.mipmap = true;
+        tex.opts.minFilter = withMipmap(tex.opts.minFilter);
+        glTexParameteri(tex.opts.target, GL_TEXTURE_MIN_FILTER, tex.opts.minFilter);
+    }
+    glGenerateMipmap(tex.opts.target);
+    glBindTexture(tex.opts.target, 0);
+    checkError();
+}
+
+bool isEqualFormat(const Texture& tex, const ImageData<unsigned char>& image) {
+    return isEqualImageFormat(tex, image, GL_UNSIGNED_BYTE);
+}
+
+bool isEqualFormat(const Texture& tex, const ImageData<float>& image) {
+    return isEqualImageFormat(tex, image, GL_FLOAT);
+}
+
+bool isEqualFormat(const Texture& tex, const Texture& other) {
+    return tex.opts.type == other.opts.type &&
+           tex.opts.internalFormat == other.opts.internalFormat &&
+           tex.opts.format == other.opts.format;
+}
+
+}  // namespace pmGL

@@ -1,0 +1,356 @@
+// pixmora: applies a photo effect of the library to an image file.
+//
+// The tool makes its own headless GL ES 3 context and framebuffer, and talks
+// to the library only through its exported C functions; image files are read
+// and written through pmStb.
+#include <EGL/egl.h>
+#include <EGL/eglext.h>
+#include <GLES3/gl3.h>
+#include <dlog.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "pixmora.h"
+#include "pmStb.h"
+
+namespace {
+
+using Image = pmUtil::ImageData<unsigned char>;
+
+// A failure to report on stderr before leaving with a non-zero status.
+class ToolError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// --- Names on the command line -------------------------------------------------
+
+struct EffectName {
+    const char* name;
+    unsigned type;
+};
+
+// The effects the tool offers, by photo effect type code. An effect joins the
+// table once the library draws it.
+const EffectName kEffects[] = {
+    {"grey", PM_PHOTO_GREY},
+};
+
+struct FlipName {
+    const char* name;
+    int mode;
+};
+
+const FlipName kFlipModes[] = {
+    {"none", PM_FLIP_NONE}, {"h", PM_FLIP_H}, {"v", PM_FLIP_V}, {"hv", PM_FLIP_HV}};
+
+const char* const kOutputExtensions[] = {".png", ".jpg", ".bmp", ".tga"};
+
+std::string effectList() {
+    std::string names;
+    for (const EffectName& effect : kEffects) {
+        if (!names.empty()) names += ", ";
+        names += effect.name;
+    }
+    return names;
+}
+
+unsigned effectType(const std::string& name) {
+    for (const EffectName& effect : kEffects) {
+        if (name == effect.name) return effect.type;
+    }
+    throw ToolError("unknown effect '" + name + "' (available: " + effectList() + ")");
+}
+
+std::vector<std::string> flipNames() {
+    std::vector<std::string> names;
+    for (const FlipName& flip : kFlipModes) names.push_back(flip.name);
+    return names;
+}
+
+int flipMode(const std::string& name) {
+    for (const FlipName& flip : kFlipModes) {
+        if (name == flip.name) return flip.mode;
+    }
+    return PM_FLIP_NONE;
+}
+
+bool endsWith(const std::string& text, const std::string& tail) {
+    return text.size() >= tail.size() &&
+           text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
+}
+
+// The output format follows the file's extension, written exactly in lower case.
+void checkOutputExtension(const std::string& path) {
+    for (const char* extension : kOutputExtensions) {
+        if (endsWith(path, extension)) return;
+    }
+    throw ToolError("output file '" + path + "' must end in .png, .jpg, .bmp or .tga");
+}
+
+// --- Library log --------------------------------------------------------------
+
+bool showLibraryLog = false;
+
+}  // namespace
+
+// The library's log sink. The library reports its progress through it at every
+// call; the tool passes those lines on only with --verbose, so that a run
+// prints nothing but its own result or error.
+extern "C" int __dlog_print(log_id_t, int prio, const char* tag, const char* fmt, ...) {
+    if (!showLibraryLog || fmt == nullptr) return 0;
+    char message[4096];
+    va_list args;
+    va_start(args, fmt);
+    std::vsnprintf(message, sizeof(message), fmt, args);
+    va_end(args);
+    std::string line(message);
+    while (!line.empty() && line.back() == '\n') line.pop_back();
+    return std::fprintf(stderr, "%c/%s: %s\n", prio == DLOG_INFO ? 'I' : 'E', tag ? tag : "",
+                        line.c_str());
+}
+
+namespace {
+
+// --- Headless GL --------------------------------------------------------------
+
+// An ES 3 context on Mesa's surfaceless platform, current on this thread for
+// its whole life.
+class HeadlessContext {
+public:
+    HeadlessContext() {
+        openDisplay();
+        createContext();
+    }
+    ~HeadlessContext() {
+        eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+        if (context != EGL_NO_CONTEXT) eglDestroyContext(display, context);
+        eglTerminate(display);
+    }
+    HeadlessContext(const HeadlessContext&) = delete;
+    HeadlessContext& operator=(const HeadlessContext&) = delete;
+
+private:
+    void openDisplay() {
+        display = eglGetPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA,
+                                        reinterpret_cast<void*>(EGL_DEFAULT_DISPLAY), nullptr);
+        if (display == EGL_NO_DISPLAY || !eglInitialize(display, nullptr, nullptr)) {
+            throw ToolError("cannot open a headless EGL display");
+        }
+    }
+
+    void createContext() {
+        const EGLint configAttribs[] = {
+            EGL_RED_SIZE,   8, EGL_GREEN_SIZE,   8, EGL_BLUE_SIZE,       8,
+            EGL_ALPHA_SIZE, 8, EGL_SURFACE_TYPE, 0, EGL_RENDERABLE_TYPE, EGL_OPENGL_ES3_BIT,
+            EGL_NONE};
+        const EGLint contextAttribs[] = {EGL_CONTEXT_MAJOR_VERSION, 3, EGL_NONE};
+        EGLConfig config = nullptr;
+        EGLint count = 0;
+        eglBindAPI(EGL_OPENGL_ES_API);
+        if (!eglChooseConfig(display, configAttribs, &config, 1, &count) || count < 1) {
+            throw ToolError("no EGL configuration for OpenGL ES 3");
+        }
+        context = eglCreateContext(display, config, EGL_NO_CONTEXT, contextAttribs);
+        if (context == EGL_NO_CONTEXT ||
+            !eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, context)) {
+            throw ToolError("cannot make an OpenGL ES 3 context current");
+        }
+    }
+
+    EGLDisplay display = EGL_NO_DISPLAY;
+    EGLContext context = EGL_NO_CONTEXT;
+};
+
+// An RGBA8 framebuffer of the image's size, bound with a matching viewport.
+class RenderTarget {
+public:
+    RenderTarget(int targetWidth, int targetHeight) : width(targetWidth), height(targetHeight) {
+        checkSize();
+        glGenTextures(1, &texture);
+        glBindTexture(GL_TEXTURE_2D, texture);
+        glTexStorage2D(GL_TEXTURE_2D, 1, GL_RGBA8, width, height);
+        glBindTexture(GL_TEXTURE_2D, 0);
+        glGenFramebuffers(1, &framebuffer);
+        glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+        glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, texture, 0);
+        if (glCheckFramebufferStatus(GL_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE) {
+            throw ToolError("cannot create a framebuffer of the image's size");
+        }
+        glViewport(0, 0, width, height);
+        glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
+        glClear(GL_COLOR_BUFFER_BIT);
+    }
+    ~RenderTarget() {
+        glBindFramebuffer(GL_FRAMEBUFFER, 0);
+        glDeleteFramebuffers(1, &framebuffer);
+        glDeleteTextures(1, &texture);
+    }
+    RenderTarget(const RenderTarget&) = delete;
+    RenderTarget& operator=(const RenderTarget&) = delete;
+
+    // RGBA pixels in the order GL gives them: bottom row first.
+    std::vector<unsigned char> read() const {
+        std::vector<unsigned char> pixels(static_cast<size_t>(width) * height * 4);
+        glBindFramebuffer(GL_READ_FRAMEBUFFER, framebuffer);
+        glPixelStorei(GL_PACK_ALIGNMENT, 1);
+        glReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+        if (glGetError() != GL_NO_ERROR) throw ToolError("cannot read the rendered image back");
+        return pixels;
+    }
+
+private:
+    void checkSize() const {
+        GLint maxTexture = 0;
+        GLint maxRenderbuffer = 0;
+        glGetIntegerv(GL_MAX_TEXTURE_SIZE, &maxTexture);
+        glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &maxRenderbuffer);
+        const int limit = std::min(maxTexture, maxRenderbuffer);
+        if (width > limit || height > limit) {
+            throw ToolError("image of " + std::to_string(width) + " x " + std::to_string(height) +
+                            " exceeds the GL limit of " + std::to_string(limit));
+        }
+    }
+
+    int width;
+    int height;
+    GLuint texture = 0;
+    GLuint framebuffer = 0;
+};
+
+// One photo effect object of the library, deleted with the scope.
+class PhotoFilter {
+public:
+    explicit PhotoFilter(unsigned type) {
+        object.type = static_cast<int>(type);
+        object.handler = pmPhotoFilterCreate(type);
+        if (object.handler == nullptr) throw ToolError("the library cannot create this effect");
+    }
+    ~PhotoFilter() { pmPhotoFilterDelete(&object); }
+    PhotoFilter(const PhotoFilter&) = delete;
+    PhotoFilter& operator=(const PhotoFilter&) = delete;
+
+    pmFilterObject object{};
+};
+
+// --- Pixels -------------------------------------------------------------------
+
+// Widens grey, grey-alpha, RGB or RGBA pixels to RGBA, the one layout every
+// input is uploaded in.
+std::vector<unsigned char> toRgba(const Image& image) {
+    const size_t count = static_cast<size_t>(image.width) * image.height;
+    const int channel = image.channel;
+    const bool hasAlpha = channel == 2 || channel == 4;
+    const int colours = hasAlpha ? channel - 1 : channel;
+    std::vector<unsigned char> rgba(count * 4);
+    for (size_t i = 0; i < count; ++i) {
+        const unsigned char* in = image.data + i * channel;
+        unsigned char* out = &rgba[i * 4];
+        for (int c = 0; c < 3; ++c) out[c] = in[colours == 1 ? 0 : c];
+        out[3] = hasAlpha ? in[channel - 1] : 255;
+    }
+    return rgba;
+}
+
+// Keeps alpha only when the input had it.
+std::vector<unsigned char> fromRgba(const std::vector<unsigned char>& rgba, int channel) {
+    if (channel == 4) return rgba;
+    std::vector<unsigned char> rgb(rgba.size() / 4 * 3);
+    for (size_t i = 0, o = 0; i < rgba.size(); i += 4, o += 3) {
+        rgb[o] = rgba[i];
+        rgb[o + 1] = rgba[i + 1];
+        rgb[o + 2] = rgba[i + 2];
+    }
+    return rgb;
+}
+
+Image loadInput(const std::string& path) {
+    Image image = pmStb::loadImage(path, false);
+    if (image.data == nullptr) throw ToolError("cannot read image '" + path + "'");
+    return image;
+}
+
+// Draws the effect over the top-row-first pixels and reads the framebuffer
+// back. With flip mode none the library samples the picture with its vertical
+// axis inverted, which shows it upright in GL's bottom-up framebuffer: the
+// rows read back come bottom row first.
+std::vector<unsigned char> renderEffect(unsigned type, int flipMode,
+                                        std::vector<unsigned char>& rgba, int width, int height) {
+    HeadlessContext context;
+    RenderTarget target(width, height);
+    PhotoFilter filter(type);
+    pmPhotoFilterSetBuffer(filter.object, rgba.data(), width, height, 4);
+    pmPhotoFilterSetFlipMode(filter.object, flipMode);
+    pmPhotoFilterDraw(filter.object, width, height);
+    return target.read();
+}
+
+struct EffectRequest {
+    std::string effect;
+    std::string input;
+    std::string output;
+    std::string flip = "none";
+};
+
+void runEffect(const EffectRequest& request) {
+    const unsigned type = effectType(request.effect);
+    checkOutputExtension(request.output);
+    Image input = loadInput(request.input);
+    const int width = input.width;
+    const int height = input.height;
+    const int channel = (input.channel == 2 || input.channel == 4) ? 4 : 3;
+    std::vector<unsigned char> rgba = toRgba(input);
+    pmUtil::deleteImageData(input);
+
+    std::vector<unsigned char> pixels =
+        fromRgba(renderEffect(type, flipMode(request.flip), rgba, width, height), channel);
+    // The rows are written in reverse, top of the framebuffer first, so that
+    // flip mode none keeps the input's orientation.
+    const bool bottomRowFirst = true;
+    if (!pmStb::saveImage(request.output, Image(width, height, channel, pixels.data()),
+                          bottomRowFirst)) {
+        throw ToolError("cannot write image '" + request.output + "'");
+    }
+}
+
+// --- Command line -------------------------------------------------------------
+
+void addEffectCommand(CLI::App& app, EffectRequest& request) {
+    CLI::App* effect = app.add_subcommand(
+        "effect", "Apply a photo effect to an image file (effects: " + effectList() + ")");
+    effect->add_option("EFFECT", request.effect, "Effect name: " + effectList())->required();
+    effect->add_option("IN", request.input, "Input image: PNG, JPEG, BMP or TGA")->required();
+    effect->add_option("OUT", request.output, "Output image: .png, .jpg, .bmp or .tga")->required();
+    effect->add_option("--flip", request.flip, "Mirror the picture: h horizontally, v vertically")
+        ->check(CLI::IsMember(flipNames()))
+        ->capture_default_str();
+    // Options of the whole tool, such as --verbose, may follow the command too.
+    effect->fallthrough();
+    effect->callback([&request] { runEffect(request); });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app{"Applies the library's GPU photo effects to image files, headless."};
+    app.name("pixmora");
+    app.require_subcommand(1);
+    app.add_flag("-v,--verbose", showLibraryLog, "Show the library's log lines on stderr");
+    EffectRequest request;
+    addEffectCommand(app, request);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error);
+    } catch (const ToolError& error) {
+        std::fprintf(stderr, "pixmora: error: %s\n", error.what());
+        return 1;
+    }
+    return 0;
+}

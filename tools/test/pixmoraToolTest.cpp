@@ -1,0 +1,276 @@
+// Runs the pixmora tool as a user would and checks the files it writes.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "pmStb.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Image = pmUtil::ImageData<unsigned char>;
+
+struct RunResult {
+    int status = -1;
+    bool signalled = false;
+    std::string out;
+    std::string err;
+};
+
+std::string readFile(const fs::path& path) {
+    std::ifstream stream(path);
+    std::stringstream text;
+    text << stream.rdbuf();
+    return text.str();
+}
+
+std::string quoted(const std::string& text) {
+    return "'" + text + "'";
+}
+
+class ToolTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        char pattern[] = "/tmp/pixmora-tool-XXXXXX";
+        ASSERT_NE(mkdtemp(pattern), nullptr);
+        dir = pattern;
+    }
+    void TearDown() override {
+        std::error_code ignored;
+        fs::remove_all(dir, ignored);
+    }
+
+    std::string path(const std::string& name) const { return (dir / name).string(); }
+
+    RunResult run(const std::string& arguments) const {
+        const std::string command = quoted(PIXMORA_TOOL_PATH) + " " + arguments + " > " +
+                                    quoted(path("stdout.txt")) + " 2> " +
+                                    quoted(path("stderr.txt"));
+        const int raw = std::system(command.c_str());
+        RunResult result;
+        result.signalled = WIFSIGNALED(raw) || (WIFEXITED(raw) && WEXITSTATUS(raw) >= 128);
+        result.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+        result.out = readFile(dir / "stdout.txt");
+        result.err = readFile(dir / "stderr.txt");
+        return result;
+    }
+
+    // Writes a picture whose every pixel differs from its neighbours, so that
+    // any mirror or shift of the output shows.
+    std::vector<unsigned char> writeInput(const std::string& name, int width, int height,
+                                          int channel) const {
+        std::vector<unsigned char> pixels(static_cast<size_t>(width) * height * channel);
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                unsigned char* p = &pixels[(static_cast<size_t>(y) * width + x) * channel];
+                for (int c = 0; c < channel; ++c)
+                    p[c] = static_cast<unsigned char>(x * 19 + y * 53 + c * 97);
+                if (channel == 4) p[3] = static_cast<unsigned char>(64 + x * 7);
+            }
+        }
+        EXPECT_TRUE(
+            pmStb::saveImage(path(name), Image(width, height, channel, pixels.data()), false));
+        return pixels;
+    }
+
+    fs::path dir;
+};
+
+// The grey level of the effect: the luminance of the colour, on the CPU.
+std::vector<int> expectedGrey(const std::vector<unsigned char>& pixels, int width, int height,
+                              int channel) {
+    std::vector<int> grey(static_cast<size_t>(width) * height);
+    for (size_t i = 0; i < grey.size(); ++i) {
+        const unsigned char* p = &pixels[i * channel];
+        const float r = p[0] / 255.0f;
+        const float g = (channel >= 3 ? p[1] : p[0]) / 255.0f;
+        const float b = (channel >= 3 ? p[2] : p[0]) / 255.0f;
+        const float mono = r * 0.2125f + g * 0.7154f + b * 0.0721f;
+        grey[i] = static_cast<int>(std::lround(mono * 255.0f));
+    }
+    return grey;
+}
+
+std::vector<int> mirrored(const std::vector<int>& grey, int width, int height, bool horizontal,
+                          bool vertical) {
+    std::vector<int> result(grey.size());
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const int sx = horizontal ? width - 1 - x : x;
+            const int sy = vertical ? height - 1 - y : y;
+            result[static_cast<size_t>(y) * width + x] = grey[static_cast<size_t>(sy) * width + sx];
+        }
+    }
+    return result;
+}
+
+// Checks that every pixel is grey, within one level of the expectation, and
+// opaque where the output keeps alpha.
+void expectGreyImage(const Image& image, const std::vector<int>& expected) {
+    ASSERT_NE(image.data, nullptr);
+    int mismatches = 0;
+    for (size_t i = 0; i < expected.size(); ++i) {
+        const unsigned char* p = &image.data[i * image.channel];
+        for (int c = 0; c < 3; ++c) {
+            if (std::abs(p[c] - expected[i]) > 1 && mismatches++ < 5) {
+                ADD_FAILURE() << "pixel " << i << " channel " << c << " is " << int(p[c])
+                              << ", expected " << expected[i];
+            }
+        }
+        if (image.channel == 4 && p[3] != 255 && mismatches++ < 5) {
+            ADD_FAILURE() << "pixel " << i << " alpha is " << int(p[3]);
+        }
+    }
+    EXPECT_EQ(mismatches, 0);
+}
+
+TEST_F(ToolTest, GreyOfRgbImageMatchesLuminanceUpright) {
+    const int width = 13;
+    const int height = 7;
+    std::vector<unsigned char> pixels = writeInput("in.png", width, height, 3);
+    RunResult result = run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.png")));
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_TRUE(result.err.empty()) << result.err;
+
+    Image output = pmStb::loadImage(path("out.png"), false);
+    EXPECT_EQ(output.width, width);
+    EXPECT_EQ(output.height, height);
+    EXPECT_EQ(output.channel, 3);
+    expectGreyImage(output, expectedGrey(pixels, width, height, 3));
+    pmUtil::deleteImageData(output);
+}
+
+TEST_F(ToolTest, GreyOfRgbaImageKeepsAlphaChannelOpaque) {
+    std::vector<unsigned char> pixels = writeInput("in.png", 9, 6, 4);
+    RunResult result = run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.png")));
+    ASSERT_EQ(result.status, 0) << result.err;
+    Image output = pmStb::loadImage(path("out.png"), false);
+    EXPECT_EQ(output.channel, 4);
+    expectGreyImage(output, expectedGrey(pixels, 9, 6, 4));
+    pmUtil::deleteImageData(output);
+}
+
+TEST_F(ToolTest, GreyOfOneChannelImage) {
+    std::vector<unsigned char> pixels = writeInput("in.png", 5, 4, 1);
+    RunResult result = run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.png")));
+    ASSERT_EQ(result.status, 0) << result.err;
+    Image output = pmStb::loadImage(path("out.png"), false);
+    EXPECT_EQ(output.channel, 3);
+    expectGreyImage(output, expectedGrey(pixels, 5, 4, 1));
+    pmUtil::deleteImageData(output);
+}
+
+struct FlipCase {
+    const char* mode;
+    bool horizontal;
+    bool vertical;
+};
+
+class ToolFlipTest : public ToolTest, public ::testing::WithParamInterface<FlipCase> {};
+
+TEST_P(ToolFlipTest, FlipModeMirrorsTheOutput) {
+    const FlipCase flip = GetParam();
+    std::vector<unsigned char> pixels = writeInput("in.png", 11, 6, 3);
+    RunResult result = run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.png")) +
+                           " --flip " + flip.mode);
+    ASSERT_EQ(result.status, 0) << result.err;
+    Image output = pmStb::loadImage(path("out.png"), false);
+    expectGreyImage(
+        output, mirrored(expectedGrey(pixels, 11, 6, 3), 11, 6, flip.horizontal, flip.vertical));
+    pmUtil::deleteImageData(output);
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, ToolFlipTest,
+                         ::testing::Values(FlipCase{"none", false, false},
+                                           FlipCase{"h", true, false}, FlipCase{"v", false, true},
+                                           FlipCase{"hv", true, true}),
+                         [](const ::testing::TestParamInfo<FlipCase>& info) {
+                             return std::string(info.param.mode);
+                         });
+
+TEST_F(ToolTest, VerboseShowsTheLibraryLog) {
+    writeInput("in.png", 4, 4, 3);
+    RunResult result =
+        run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.png")) + " --verbose");
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_NE(result.err.find("pmPhotoFilterCreate() - Type : 0"), std::string::npos) << result.err;
+}
+
+TEST_F(ToolTest, HelpListsTheEffectCommandAndGrey) {
+    RunResult top = run("--help");
+    EXPECT_EQ(top.status, 0);
+    EXPECT_NE(top.out.find("effect"), std::string::npos) << top.out;
+    EXPECT_NE(top.out.find("grey"), std::string::npos) << top.out;
+
+    RunResult effect = run("effect --help");
+    EXPECT_EQ(effect.status, 0);
+    EXPECT_NE(effect.out.find("--flip"), std::string::npos) << effect.out;
+}
+
+// A bad invocation ends with a non-zero status, a message and no output file.
+void expectRefused(const RunResult& result, const std::string& word) {
+    EXPECT_FALSE(result.signalled) << result.err;
+    EXPECT_NE(result.status, 0);
+    EXPECT_NE(result.err.find(word), std::string::npos) << result.err;
+}
+
+TEST_F(ToolTest, UnknownEffectIsRefused) {
+    writeInput("in.png", 4, 4, 3);
+    RunResult result =
+        run("effect sparkle " + quoted(path("in.png")) + " " + quoted(path("out.png")));
+    expectRefused(result, "unknown effect 'sparkle'");
+    EXPECT_FALSE(fs::exists(path("out.png")));
+}
+
+TEST_F(ToolTest, MissingInputIsRefused) {
+    RunResult result =
+        run("effect grey " + quoted(path("absent.png")) + " " + quoted(path("out.png")));
+    expectRefused(result, "cannot read image");
+    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+    EXPECT_FALSE(fs::exists(path("out.png")));
+}
+
+TEST_F(ToolTest, InputThatIsNoImageIsRefused) {
+    std::ofstream(dir / "text.png") << "plain text";
+    RunResult result =
+        run("effect grey " + quoted(path("text.png")) + " " + quoted(path("out.png")));
+    expectRefused(result, "cannot read image");
+    EXPECT_FALSE(fs::exists(path("out.png")));
+}
+
+TEST_F(ToolTest, UnwritableOutputIsRefused) {
+    writeInput("in.png", 4, 4, 3);
+    RunResult result =
+        run("effect grey " + quoted(path("in.png")) + " " + quoted(path("no/such/dir/out.png")));
+    expectRefused(result, "cannot write image");
+}
+
+TEST_F(ToolTest, UnknownOutputExtensionIsRefused) {
+    writeInput("in.png", 4, 4, 3);
+    RunResult result = run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.gif")));
+    expectRefused(result, "must end in .png");
+    EXPECT_FALSE(fs::exists(path("out.gif")));
+}
+
+TEST_F(ToolTest, UnknownFlipModeIsRefused) {
+    writeInput("in.png", 4, 4, 3);
+    RunResult result = run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.png")) +
+                           " --flip diagonal");
+    expectRefused(result, "--flip");
+    EXPECT_FALSE(fs::exists(path("out.png")));
+}
+
+TEST_F(ToolTest, MissingArgumentsAreRefused) {
+    expectRefused(run(""), "subcommand");
+    expectRefused(run("effect grey"), "IN");
+}
+
+}  // namespace
