@@ -91,6 +91,8 @@ static int luminance(const unsigned char* p) {
 /* Draws the grey effect into the bound framebuffer; 0 if it cannot be made. */
 static int drawGrey(unsigned char* rgb) {
     pmFilterObject filter;
+    /* This program draws into its own framebuffer on its own context. */
+    pmDisableInternalGLContext();
     filter.type = PM_PHOTO_GREY;
     filter.handler = pmPhotoFilterCreate(PM_PHOTO_GREY);
     if (filter.handler == NULL) return 0;

@@ -228,6 +228,9 @@ private:
 class PhotoFilter {
 public:
     explicit PhotoFilter(unsigned type) {
+        // The tool draws into its own framebuffer on its own context, so the
+        // library's private per-thread context stays out of the way.
+        pmDisableInternalGLContext();
         object.type = static_cast<int>(type);
         object.handler = pmPhotoFilterCreate(type);
         if (object.handler == nullptr) throw ToolError("the library cannot create this effect");

@@ -12,6 +12,9 @@
 extern "C" {
 #endif
 
+/* A native buffer surface of the platform (tbm_surface_h points to one). */
+struct _tbm_surface;
+
 /* The caller's record of one filter object. Fill `handler` with what a Create
  * function returned and `type` with the type code asked for. */
 typedef struct {
@@ -60,6 +63,21 @@ PM_API void pmPhotoFilterSetBuffer(pmFilterObject object, unsigned char* buffer,
 PM_API void pmPhotoFilterSetFlipMode(pmFilterObject object, int mode);
 /* Draws the effect into the framebuffer bound on this thread, with its viewport. */
 PM_API void pmPhotoFilterDraw(pmFilterObject object, int width, int height);
+/* Copies a native surface of the platform into the object as its input. */
+PM_API void pmPhotoFilterSetNativeBuffer(pmFilterObject object, struct _tbm_surface* surface);
+/* Gives the object the EGL display that native surfaces are imported on.
+ * Touches no context, so it may be called at any time. */
+PM_API void pmPhotoFilterSetNativeDisplayInfo(pmFilterObject object, void* display);
+
+/* The display on which the library makes its private per-thread contexts.
+ * Without it, the display current at a thread's first Create is used. */
+PM_API void pmSetEGLDisplay(void* display);
+/* The private per-thread context is enabled by default: each call then runs
+ * on it and the caller's own context is current again when the call returns.
+ * When it is disabled, every call runs on the context the caller has current. */
+PM_API void pmEnableInternalGLContext(void);
+PM_API void pmDisableInternalGLContext(void);
+
 /* Writes a message to the library's log. */
 PM_API void PrintLog(char const* message);
 

@@ -8,6 +8,7 @@
 #include <EGL/eglext.h>
 #include <GLES3/gl3.h>
 #include <GLES2/gl2ext.h>
+#include <tbm_surface.h>
 
 #include <glm/glm.hpp>
 
@@ -277,6 +278,22 @@ bool isEqualFormat(const Texture& tex, const ImageData<unsigned char>& image);
 bool isEqualFormat(const Texture& tex, const ImageData<float>& image);
 bool isEqualFormat(const Texture& tex, const Texture& other);
 
+// Float and cubemap forms, adoption of a texture name GL already knows,
+// resizing and compressed data.
+void createTexture(Texture& tex, const ImageData<float>& image, const TextureOpts& opts);
+void createCubemapTexture(Texture& tex, int width, int height, void** faces,
+                          const TextureOpts& opts);
+void createCubemapTexture(Texture& tex, const std::vector<ImageData<unsigned char>>& images,
+                          const TextureOpts& opts);
+void createCubemapTexture(Texture& tex, const std::vector<ImageData<float>>& images,
+                          const TextureOpts& opts);
+void createCubemapTexture(Texture& tex, int width, int height, const TextureOpts& opts);
+bool assignTexture(Texture& tex, unsigned id, int width, int height, unsigned format,
+                   unsigned type);
+void resizeTexture(Texture& tex, int width, int height);
+void createCompressedTexture(Texture& tex, int width, int height, int imageSize, void* data,
+                             const TextureOpts& opts);
+
 // The unpack alignment rule shared by every upload: 4 when a row of `width`
 // texels of `texelSize` bytes is a multiple of 4 bytes, else 1.
 void setUnpackAlignment(int width, int texelSize);
@@ -376,6 +393,11 @@ struct EGLInfo {
 struct SurfaceTexture {
     void* image = nullptr;
     Texture tex;
+#ifndef PIXMORA_DEVICE_PLATFORM
+    // Desktop import route: the surface's pixels in a 2D texture, from which
+    // the EGLImage is made, since desktop EGL takes no native surface.
+    Texture source;
+#endif
 };
 
 bool setEGLInfo(EGLInfo& info, void* display, void* drawSurface, void* readSurface, void* context);
@@ -385,6 +407,15 @@ void deleteSurfaceTexture(SurfaceTexture& st, EGLInfo& info);
 
 // The private context: created on info.display, made current on the stored
 // surfaces by bindEGLContext, which saves what was current for unbindEGLContext.
+// Native surfaces: a surface imported as an external texture for sampling,
+// and plain surfaces in RGBA byte order mapped as images.
+bool createSurfaceTexture(SurfaceTexture& st, EGLInfo& info, tbm_surface_h surface,
+                          const TextureOpts& opts);
+bool createSurfaceTBM(tbm_surface_h& surface, int width, int height);
+void deleteSurfaceTBM(tbm_surface_h& surface);
+ImageData<unsigned char> mapSurfaceTBM(tbm_surface_h& surface, bool read, bool write);
+void unmapSurfaceTBM(tbm_surface_h& surface);
+
 bool createEGLContext(EGLInfo& info);
 bool bindEGLContext(EGLInfo& info);
 bool unbindEGLContext(EGLInfo& info);

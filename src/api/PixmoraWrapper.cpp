@@ -3,6 +3,7 @@
 // the caller other than as a null result from Create.
 #include "pixmora.h"
 #include "pmFilters.h"
+#include "pmGLContextManager.h"
 
 namespace {
 
@@ -12,10 +13,17 @@ FilterCommon* objectOf(const pmFilterObject& object) {
     return static_cast<FilterCommon*>(object.handler);
 }
 
-// Runs an entry point's GL work on the context current on the calling thread.
+using pmGL::GLContextManager;
+
+// Runs an entry point's GL work between Bind and Unbind of the calling
+// thread's private context. Bind does nothing while the internal context is
+// disabled or the thread has none; the work then runs on the caller's context.
 template <typename Work>
 void inContext(Work&& work) {
+    GLContextManager* manager = GLContextManager::GetInstancePtr();
+    if (manager) manager->Bind();
     work();
+    if (manager) manager->Unbind();
 }
 
 FilterCommon* newPhotoFilter(unsigned type) {
@@ -56,6 +64,10 @@ extern "C" {
 
 PM_API void* pmPhotoFilterCreate(unsigned type) {
     PM_LOGE("pmPhotoFilterCreate() - Type : %d", type);
+    // The thread's reference is taken even when no object comes of it; only
+    // Delete gives references back.
+    GLContextManager* manager = GLContextManager::GetInstancePtr();
+    if (manager) manager->Initialize();
     FilterCommon* filter = nullptr;
     inContext([&] {
         filter = newPhotoFilter(type);
@@ -76,6 +88,8 @@ PM_API void pmPhotoFilterDelete(pmFilterObject* object) {
         filter->Terminate();
         delete filter;
     });
+    GLContextManager* manager = GLContextManager::GetInstancePtr();
+    if (manager) manager->Terminate();
     object->handler = nullptr;
     PM_LOGE("pmPhotoFilterDelete() - finish to delete");
 }
@@ -102,6 +116,41 @@ PM_API void pmPhotoFilterDraw(pmFilterObject object, int width, int height) {
     FilterCommon* filter = objectOf(object);
     if (filter == nullptr) return;
     inContext([&] { filter->Draw(width, height); });
+}
+
+PM_API void pmPhotoFilterSetNativeBuffer(pmFilterObject object, struct _tbm_surface* surface) {
+    FilterCommon* filter = objectOf(object);
+    if (filter == nullptr) {
+        PM_LOGE("Object Handler is NULL");
+        return;
+    }
+    inContext([&] { filter->SetNativeBuffer(surface); });
+}
+
+PM_API void pmPhotoFilterSetNativeDisplayInfo(pmFilterObject object, void* display) {
+    FilterCommon* filter = objectOf(object);
+    if (filter == nullptr) {
+        PM_LOGE("Object Handler is NULL");
+        return;
+    }
+    filter->SetDisplayInfo(display);
+}
+
+PM_API void pmSetEGLDisplay(void* display) {
+    GLContextManager* manager = GLContextManager::GetInstancePtr();
+    if (manager) manager->SetEGLDisplay(display);
+}
+
+PM_API void pmEnableInternalGLContext(void) {
+    GLContextManager* manager = GLContextManager::GetInstancePtr();
+    if (manager) manager->Enable();
+    PM_LOGE("Enable internal GLContext.");
+}
+
+PM_API void pmDisableInternalGLContext(void) {
+    GLContextManager* manager = GLContextManager::GetInstancePtr();
+    if (manager) manager->Disable();
+    PM_LOGE("Disable internal GLContext.");
 }
 
 PM_API void PrintLog(char const* message) {

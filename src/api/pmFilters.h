@@ -46,6 +46,13 @@ public:
     virtual void SetArea(const glm::vec2& pos0, const glm::vec2& pos1, const glm::vec2& tex0,
                          const glm::vec2& tex1);
     virtual void SetFlip(glm::vec2 flipValue);
+    // Copies a caller's GL texture into inputBuffer; the caller keeps it.
+    virtual void SetInputBufferWithTexture(unsigned id, int width, int height, unsigned format,
+                                           unsigned type);
+    // Copies a native surface into inputBuffer through an external texture.
+    virtual void SetNativeBuffer(_tbm_surface* surface);
+    // Stores the EGL display native surfaces are imported on; needs no context.
+    virtual void SetDisplayInfo(void* display);
 
     glm::ivec2 GetInputSize() const { return inputInfo.size; }
     glm::ivec2 GetOutputSize() const { return outputInfo.size; }

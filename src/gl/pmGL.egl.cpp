@@ -81,9 +81,14 @@ const char* eglGetErrorString(EGLint error) {
     return eglErrorName(error, "Unknown");
 }
 
+// On desktop the image's copy of the surface goes too, even when the image
+// itself could not be destroyed.
 void deleteSurfaceTexture(SurfaceTexture& st, EGLInfo& info) {
     deleteTexture(st.tex);
     if (st.image != nullptr) deleteEGLImage(st.image, info);
+#ifndef PIXMORA_DEVICE_PLATFORM
+    deleteTexture(st.source);
+#endif
 }
 
 }  // namespace pmGL

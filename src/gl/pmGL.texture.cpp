@@ -1,37 +1,15 @@
 // 2D textures: creation, upload, mipmaps and the format tables' look-ups.
 #include "pmGL.h"
+#include "pmGL.sampling.h"
 
 namespace pmGL {
 
+using sampling::generateMipmapIfSampled;
+using sampling::isMipmapFilter;
+using sampling::withMipmap;
+using sampling::withoutMipmap;
+
 namespace {
-
-bool isMipmapFilter(int filter) {
-    return filter == GL_NEAREST_MIPMAP_NEAREST || filter == GL_LINEAR_MIPMAP_NEAREST ||
-           filter == GL_NEAREST_MIPMAP_LINEAR || filter == GL_LINEAR_MIPMAP_LINEAR;
-}
-
-// The filter that turns mipmaps on. Not the inverse of withoutMipmap: the two
-// directions pick different mipmap filters.
-int withMipmap(int filter) {
-    if (filter == GL_LINEAR) return GL_LINEAR_MIPMAP_LINEAR;
-    if (filter == GL_NEAREST) return GL_NEAREST_MIPMAP_NEAREST;
-    return filter;
-}
-
-int withoutMipmap(int filter) {
-    if (filter == GL_LINEAR_MIPMAP_NEAREST || filter == GL_LINEAR_MIPMAP_LINEAR) return GL_LINEAR;
-    if (filter == GL_NEAREST_MIPMAP_NEAREST || filter == GL_NEAREST_MIPMAP_LINEAR) {
-        return GL_NEAREST;
-    }
-    return filter;
-}
-
-void applySamplingParameters(const TextureOpts& opts) {
-    glTexParameteri(opts.target, GL_TEXTURE_MIN_FILTER, opts.minFilter);
-    glTexParameteri(opts.target, GL_TEXTURE_MAG_FILTER, opts.magFilter);
-    glTexParameteri(opts.target, GL_TEXTURE_WRAP_S, opts.wrapS);
-    glTexParameteri(opts.target, GL_TEXTURE_WRAP_T, opts.wrapT);
-}
 
 template <typename T>
 T tableEntry(const T (&table)[TEX_FORMAT_SIZE], int channel) {
@@ -89,9 +67,8 @@ void createTexture(Texture& tex, int width, int height, void* pixels, const Text
         PM_LOGE("Disable mipmap because data is nullptr.\n");
     }
     if (own.mipmap) own.minFilter = withMipmap(own.minFilter);
-    applySamplingParameters(own);
-    // A mipmap filter needs the chain to sample at all, whatever `mipmap` says.
-    if (isMipmapFilter(own.minFilter)) glGenerateMipmap(own.target);
+    sampling::applySamplingParameters(own);
+    generateMipmapIfSampled(own);
     glBindTexture(own.target, 0);
     checkError();
 }
@@ -101,6 +78,51 @@ void createTexture(Texture& tex, const ImageData<unsigned char>& image, const Te
     updateTextureOpts(imageOpts, image);
     imageOpts.target = GL_TEXTURE_2D;
     createTexture(tex, image.getWidth(), image.getHeight(), image.data, imageOpts);
+}
+
+void createTexture(Texture& tex, const ImageData<float>& image, const TextureOpts& opts) {
+    TextureOpts imageOpts = opts;
+    updateTextureOpts(imageOpts, image);
+    imageOpts.target = GL_TEXTURE_2D;
+    createTexture(tex, image.getWidth(), image.getHeight(), image.data, imageOpts);
+}
+
+// New storage of level 0 in the stored formats: the contents are undefined
+// afterwards and the mipmap chain is left as it was.
+void resizeTexture(Texture& tex, int width, int height) {
+    if (width < 1 || height < 1) {
+        PM_LOGE("Invalid texture size = (%d, %d).", width, height);
+        return;
+    }
+    tex.width = width;
+    tex.height = height;
+    const TextureOpts& opts = tex.opts;
+    glBindTexture(opts.target, tex.id);
+    setUnpackAlignment(width, getTexelSize(opts));
+    glTexImage2D(opts.target, 0, opts.internalFormat, width, height, 0, opts.format, opts.type,
+                 nullptr);
+    glBindTexture(opts.target, 0);
+    checkError();
+}
+
+// `opts.internalFormat` names the compressed format; no mipmaps are made.
+void createCompressedTexture(Texture& tex, int width, int height, int imageSize, void* data,
+                             const TextureOpts& opts) {
+    if (width < 1 || height < 1) {
+        PM_LOGE("Invalid texture size = (%d, %d).", width, height);
+        return;
+    }
+    deleteTexture(tex);
+    tex.width = width;
+    tex.height = height;
+    tex.opts = opts;
+    glGenTextures(1, &tex.id);
+    glBindTexture(opts.target, tex.id);
+    glCompressedTexImage2D(opts.target, 0, static_cast<GLenum>(opts.internalFormat), width, height,
+                           0, imageSize, data);
+    sampling::applySamplingParameters(opts);
+    glBindTexture(opts.target, 0);
+    checkError();
 }
 
 // Leaves `opts` as they were, so the record can be created again alike.

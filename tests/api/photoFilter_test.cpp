@@ -28,8 +28,18 @@ void sourceOf(int mode, int width, int height, int x, int row, int* sx, int* sy)
     *sy = invertY ? height - 1 - row : row;
 }
 
+// These tests draw into the test's own framebuffer, so the library runs on
+// the test's context with its private context switched off.
 class PhotoFilterTest : public GLTest {
 protected:
+    void SetUp() override {
+        GLTest::SetUp();
+        pmDisableInternalGLContext();
+    }
+    void TearDown() override {
+        pmEnableInternalGLContext();
+        GLTest::TearDown();
+    }
     pmFilterObject create(unsigned type = PM_PHOTO_GREY) {
         pmFilterObject object{static_cast<int>(type), pmPhotoFilterCreate(type)};
         return object;

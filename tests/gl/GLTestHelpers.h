@@ -37,6 +37,31 @@ void main() {
     fragColor = uColor + vec4(vTexCoord, 0.0, 0.0) * 0.0;
 })";
 
+// Samples an external (EGLImage) texture.
+constexpr const char* EXTERNAL_TEXTURE_FRAGMENT_SHADER = R"(#version 300 es
+#extension GL_OES_EGL_image_external_essl3 : require
+precision highp float;
+uniform samplerExternalOES uTexture;
+in vec2 vTexCoord;
+out vec4 fragColor;
+void main() {
+    fragColor = texture(uTexture, vTexCoord);
+})";
+
+// Six columns across the target, one per cube face in GL's order (+X, -X, +Y,
+// -Y, +Z, -Z), each sampling its face straight at the centre.
+constexpr const char* CUBEMAP_FACES_FRAGMENT_SHADER = R"(#version 300 es
+precision highp float;
+uniform samplerCube uTexture;
+in vec2 vTexCoord;
+out vec4 fragColor;
+const vec3 directions[6] = vec3[6](vec3(1.0, 0.0, 0.0), vec3(-1.0, 0.0, 0.0),
+                                   vec3(0.0, 1.0, 0.0), vec3(0.0, -1.0, 0.0),
+                                   vec3(0.0, 0.0, 1.0), vec3(0.0, 0.0, -1.0));
+void main() {
+    fragColor = texture(uTexture, directions[int(vTexCoord.x * 6.0)]);
+})";
+
 struct QuadVertex {
     float position[3];
     float texCoord[2];
@@ -69,6 +94,27 @@ inline void createFullQuad(pmGL::VertexBuffer& vb) {
     const std::vector<QuadVertex> quad = fullQuad();
     pmGL::createVertexBuffer(vb, sizeof(QuadVertex), quad.size(), quad.data(), GL_STATIC_DRAW,
                              GL_TRIANGLE_STRIP, quadAttributes());
+}
+
+// Draws `tex`, bound to unit 0 as `uTexture` of `fragmentShader`, over the
+// whole viewport of the bound framebuffer. False when the program fails.
+inline bool drawTexture(const pmGL::Texture& tex, const char* fragmentShader) {
+    pmGL::Program prog;
+    if (!pmGL::createProgram(prog, QUAD_VERTEX_SHADER, fragmentShader)) return false;
+    pmGL::VertexBuffer vb;
+    createFullQuad(vb);
+    pmGL::VertexArray va;
+    pmGL::createVertexArray(va, vb, prog);
+    pmGL::useProgram(prog);
+    pmGL::bindTexture(tex, 0);
+    glUniform1i(pmGL::getUniformLocation(prog, "uTexture"), 0);
+    pmGL::drawVertexArray(va, 1);
+    glBindTexture(tex.opts.target, 0);
+    glUseProgram(0);
+    pmGL::deleteVertexArray(va);
+    pmGL::deleteVertexBuffer(vb);
+    pmGL::deleteProgram(prog);
+    return true;
 }
 
 // Reads level 0 of a colour-renderable 2D texture as RGBA bytes, bottom row

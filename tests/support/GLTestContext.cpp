@@ -104,3 +104,65 @@ std::vector<uint8_t> makeTestPixels(int w, int h, int channels, unsigned seed) {
     for (auto& p : pixels) p = static_cast<uint8_t>(dist(rng));
     return pixels;
 }
+
+SurfaceTestContext::SurfaceTestContext(int w, int h) : width(w), height(h) {
+    display = testDisplay();
+    eglBindAPI(EGL_OPENGL_ES_API);
+    const EGLint configAttribs[] = {EGL_RED_SIZE,
+                                    8,
+                                    EGL_GREEN_SIZE,
+                                    8,
+                                    EGL_BLUE_SIZE,
+                                    8,
+                                    EGL_ALPHA_SIZE,
+                                    8,
+                                    EGL_DEPTH_SIZE,
+                                    16,
+                                    EGL_STENCIL_SIZE,
+                                    0,
+                                    EGL_SURFACE_TYPE,
+                                    EGL_PBUFFER_BIT,
+                                    EGL_RENDERABLE_TYPE,
+                                    EGL_OPENGL_ES2_BIT,
+                                    EGL_SAMPLE_BUFFERS,
+                                    1,
+                                    EGL_SAMPLES,
+                                    4,
+                                    EGL_NONE};
+    EGLConfig config = nullptr;
+    EGLint count = 0;
+    if (!eglChooseConfig(display, configAttribs, &config, 1, &count) || count < 1) {
+        throw std::runtime_error("no EGL config of the library's kind");
+    }
+    const EGLint surfaceAttribs[] = {EGL_WIDTH, w, EGL_HEIGHT, h, EGL_NONE};
+    surface = eglCreatePbufferSurface(display, config, surfaceAttribs);
+    const EGLint contextAttribs[] = {EGL_CONTEXT_MAJOR_VERSION, 3, EGL_NONE};
+    context = eglCreateContext(display, config, EGL_NO_CONTEXT, contextAttribs);
+    if (surface == EGL_NO_SURFACE || context == EGL_NO_CONTEXT) {
+        throw std::runtime_error("cannot make the pbuffer test context");
+    }
+    makeCurrent();
+    glViewport(0, 0, w, h);
+    glClearColor(0, 0, 0, 0);
+    glClear(GL_COLOR_BUFFER_BIT);
+}
+
+SurfaceTestContext::~SurfaceTestContext() {
+    eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+    eglDestroyContext(display, context);
+    eglDestroySurface(display, surface);
+}
+
+void SurfaceTestContext::makeCurrent() {
+    if (!eglMakeCurrent(display, surface, surface, context)) {
+        throw std::runtime_error("cannot make the pbuffer test context current");
+    }
+}
+
+std::vector<uint8_t> SurfaceTestContext::readSurface() const {
+    std::vector<uint8_t> pixels(static_cast<size_t>(width) * height * 4);
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    return pixels;
+}

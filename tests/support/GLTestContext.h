@@ -39,6 +39,27 @@ private:
     void deleteTarget();
 };
 
+// An application context current on a pbuffer surface made with the
+// configuration of the library's private contexts, so that a private context
+// made while it is current renders on the same surface.
+class SurfaceTestContext {
+public:
+    SurfaceTestContext(int width, int height);
+    ~SurfaceTestContext();
+    SurfaceTestContext(const SurfaceTestContext&) = delete;
+    SurfaceTestContext& operator=(const SurfaceTestContext&) = delete;
+
+    void makeCurrent();
+    // Reads the surface with this context, bottom row first.
+    std::vector<uint8_t> readSurface() const;
+
+    EGLDisplay display = EGL_NO_DISPLAY;
+    EGLSurface surface = EGL_NO_SURFACE;
+    EGLContext context = EGL_NO_CONTEXT;
+    int width = 0;
+    int height = 0;
+};
+
 class GLTest : public ::testing::Test {
 protected:
     void SetUp() override { gl = std::make_unique<GLTestContext>(); }
