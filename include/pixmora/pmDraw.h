@@ -71,6 +71,45 @@ public:
     ~Grey() override;
 };
 
+// The two-input form of a pass: its shader reads "uTexture1" and "uTexture2".
+class DualTextureFilter : public BaseFilter {
+public:
+    DualTextureFilter() = default;
+    ~DualTextureFilter() override;
+
+    pmGL::Program program;
+    pmGL::VertexArray vertexArray;
+};
+
+// Colour factor, mix colour and alpha factor, premultiplied, then a random
+// shift of under half an 8-bit level per pixel against banding.
+class RandomDithering : public TextureFilter {
+public:
+    RandomDithering() = default;
+    ~RandomDithering() override;
+
+    using TextureFilter::initialize;
+    bool initialize() override;
+    void finalize() override;
+    void setColor(const glm::vec4& color);
+    // Mixed in by its own alpha; unset, it reads as zero and changes nothing.
+    void setMixColor(const glm::vec4& color);
+};
+
+// Ordered dithering by an 8 x 8 pattern addressed in window pixels, with an
+// optional second texture giving the alpha. setTexture picks the program.
+class PatternDithering : public TextureFilter {
+public:
+    PatternDithering() = default;
+    ~PatternDithering() override;
+
+    pmGL::Program* activeProgram = nullptr;
+    pmGL::VertexArray* activeVertexArray = nullptr;
+    pmGL::Program alphaProgram;
+    pmGL::VertexArray alphaVertexArray;
+    pmGL::Texture pattern;
+};
+
 // Links fragmentSource with the shared vertex stage, assembled once.
 bool createFilterProgram(pmGL::Program& program, const std::string& fragmentSource);
 
@@ -96,6 +135,30 @@ void runNoFilter(NoFilter& filter);
 bool createGrey(Grey& filter);
 void deleteGrey(Grey& filter);
 void runGrey(Grey& filter);
+
+// A null source is a programming error: it is logged and throws std::logic_error.
+bool createDualTextureFilter(DualTextureFilter& filter, const char* fragShaderSrc);
+void deleteDualTextureFilter(DualTextureFilter& filter);
+// Sets both inputs and the flip; the sizes of the two may differ.
+void setTexture(DualTextureFilter& filter, const pmGL::Texture& tex1, const pmGL::Texture& tex2,
+                glm::vec2 flip);
+void setTexture(DualTextureFilter& filter, const pmGL::FrameBuffer& fb1,
+                const pmGL::FrameBuffer& fb2, glm::vec2 flip);
+void setTexture(DualTextureFilter& filter, const pmGL::Texture& tex1, const pmGL::Texture& tex2,
+                float flip);
+void setTexture(DualTextureFilter& filter, const pmGL::FrameBuffer& fb1,
+                const pmGL::FrameBuffer& fb2, float flip);
+void runDualTextureFilter(DualTextureFilter& filter);
+
+bool createDithering(PatternDithering& filter);
+void deleteDithering(PatternDithering& filter);
+// With an alpha texture the alpha variant draws next, without it the plain one.
+void setTexture(PatternDithering& filter, const pmGL::Texture& colour, pmGL::Texture* alpha,
+                glm::vec2 flip);
+void setTexture(PatternDithering& filter, const pmGL::FrameBuffer& colour, pmGL::Texture* alpha,
+                glm::vec2 flip);
+void setColor(PatternDithering& filter, const glm::vec4& color);
+void drawDithering(PatternDithering& filter);
 
 }  // namespace pmDraw
 

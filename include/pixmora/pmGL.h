@@ -304,6 +304,18 @@ void createFrameBuffer(FrameBuffer& fb, int width, int height, const TextureOpts
 void createFrameBuffer(FrameBuffer& fb, const ImageData<unsigned char>& image,
                        const TextureOpts& opts, int colorCount, bool depth, bool stencil,
                        int samples);
+void createFrameBuffer(FrameBuffer& fb, const ImageData<float>& image, const TextureOpts& opts,
+                       int colorCount, bool depth, bool stencil);
+void createFrameBuffer(FrameBuffer& fb, int width, int height, const RenderBufferOpts& opts,
+                       int colorCount, bool depth, bool stencil);
+// The form all others go through: colour textures (one per data pointer) when
+// `colorTexOpts` is given, colour render buffers when `colorBufferOpts` is
+// given, a depth texture and a depth render buffer by their options. The depth
+// render buffer takes `samples`, not the samples of its options.
+void createFrameBuffer(FrameBuffer& fb, int width, int height, std::vector<void*> colorData,
+                       const TextureOpts* colorTexOpts, const RenderBufferOpts* colorBufferOpts,
+                       void* depthData, const TextureOpts* depthTexOpts,
+                       const RenderBufferOpts* depthBufferOpts, int samples);
 void updateFrameBuffer(FrameBuffer& fb, const ImageData<unsigned char>& image,
                        unsigned targetIndex);
 void updateFrameBuffer(FrameBuffer& fb, const ImageData<float>& image, unsigned targetIndex);
@@ -312,8 +324,30 @@ bool bindFrameBuffer(FrameBuffer& fb);
 bool unbindFrameBuffer(FrameBuffer& fb);
 void deleteFrameBuffer(FrameBuffer& fb);
 bool isBound(FrameBuffer& fb);
-void specifyDrawBuffers(int count);
 void readFrameBuffer(FrameBuffer& fb, void* pixels, unsigned targetIndex);
+void readFrameBuffer(FrameBuffer& fb, ImageData<unsigned char>& image, unsigned targetIndex);
+void readFrameBuffer(FrameBuffer& fb, ImageData<float>& image, unsigned targetIndex);
+// Gives every attachment the new size; the contents are lost.
+void resizeFrameBuffer(FrameBuffer& fb, int width, int height);
+// Draw buffer lists of the bound framebuffer: attachments 0 to count - 1, or
+// the single attachment `index`.
+void specifyDrawBuffers(unsigned count);
+void specifyDrawBuffer(unsigned index);
+// Attach to the bound framebuffer.
+void attachTexture(Texture& tex, unsigned colorIndex, int level);
+void attachCubemapTexture(Texture& tex, unsigned colorIndex, unsigned face, int level);
+bool isDepthExist(const FrameBuffer& fb);
+bool isStencilExist(const FrameBuffer& fb);
+void clearFrameBuffer(FrameBuffer& fb, const glm::vec4& colour);
+// Clears the bound framebuffer: colour always, depth and stencil as asked.
+void clearBuffer(const glm::vec4& colour, bool depth, bool stencil);
+
+// ---- render buffers
+// Multisampled storage for `samples` of 2 or more; 0 and 1 both mean none.
+void createRenderBuffer(RenderBuffer& rb, int width, int height, const RenderBufferOpts& opts);
+void resizeRenderBuffer(RenderBuffer& rb, int width, int height);
+// Frees the name; size and options stay in the record.
+void deleteRenderBuffer(RenderBuffer& rb);
 
 // ---- vertices
 void createVertexBuffer(VertexBuffer& vb, std::size_t vertexSize, std::size_t vertexCount,

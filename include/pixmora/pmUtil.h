@@ -1,6 +1,8 @@
 // Base helpers shared by every layer: logging, assertions that log and go on,
 // allocation that turns std::bad_alloc into a null result, image and memory
-// records, string formatting.
+// records, string formatting; and the small tools beside them: paths and
+// directory listing, a frame-rate meter, wall-clock data, the key map and
+// number-to-text conversion.
 #ifndef PIXMORA_PMUTIL_H
 #define PIXMORA_PMUTIL_H
 
@@ -11,10 +13,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <new>
 #include <stdexcept>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "pmExport.h"
 
@@ -199,6 +203,250 @@ std::string stringFormat(const std::string& format, Args... args) {
 
 // From the last "." in the whole path to the end, dot included; empty if none.
 std::string stringExtension(const std::string& path);
+
+// --- Strings, paths and files ---------------------------------------------------
+
+// The longest runs of characters that aren't in `delimiters`; empty input or
+// delimiters only give an empty vector.
+std::vector<std::string> stringTokens(const std::string& text, const std::string& delimiters);
+// tolower / toupper on each byte.
+std::string stringLower(const std::string& text);
+std::string stringUpper(const std::string& text);
+// The text up to and including the last "/" or backslash; empty if there is none.
+std::string stringPath(const std::string& path);
+// What follows the last "/" or backslash; the whole input if there is none.
+std::string stringFilename(const std::string& path);
+// The file name up to its last "."; empty if the file name has no ".".
+std::string stringStem(const std::string& path);
+
+// True when the path may be opened: it doesn't exist, or it is reached without
+// a symbolic link and, if relative, without "." or ".." parts.
+bool checkSymbolicLink(const std::string& path);
+
+// Every entry of a directory but "." and "..", as directory + "/" + name, in
+// the order the directory lists them; not recursive. Empty if unreadable.
+std::vector<std::string> findAllFiles(const std::string& directory);
+// The entries whose lower-cased stringExtension equals one of `extensions`
+// exactly: give them in lower case, with their dot.
+std::vector<std::string> findFilteredFiles(const std::string& directory,
+                                           const std::vector<std::string>& extensions);
+// .jpg, .png, .bmp and .tga entries.
+std::vector<std::string> findImageFiles(const std::string& directory);
+
+// --- Time -------------------------------------------------------------------------
+
+template <typename T>
+struct TimeData {
+    T days = 0;
+    T hours = 0;
+    T minutes = 0;
+    T seconds = 0;
+    T milliseconds = 0;
+};
+
+// An offset from UTC; for a negative offset all three fields are negative.
+struct OffsetUTC {
+    int hour = 0;
+    int minute = 0;
+    int second = 0;
+};
+
+// A frame-rate meter: `rates` is a ring of the latest rates that the user
+// sizes (and may pre-fill) before the first call, `index` the ring's next
+// slot, `lastTime` the time of the latest call in milliseconds.
+struct FPSData {
+    std::vector<float> rates;
+    int index = 0;
+    std::uint64_t lastTime = 0;
+};
+
+// Milliseconds of the system clock since the epoch.
+std::uint64_t now();
+// Stores the rate since the previous call into the ring and returns the mean
+// of the whole ring. The ring must not be empty.
+float getFPS(FPSData& data);
+
+// Splits milliseconds into days, hours (0 to 23), minutes, seconds and
+// milliseconds. `days` may be null, the others not.
+void getTimestampComponents(unsigned long long timestamp, unsigned int* days, unsigned int* hours,
+                            unsigned int* minutes, unsigned int* seconds,
+                            unsigned int* milliseconds);
+
+// The platform's wall clock: day of the month, hour, minute and second, with
+// milliseconds that restart at 0 on each tick of the platform's second. Keeps
+// process-wide state: call it from one thread only.
+TimeData<unsigned int> getLocalTimeData();
+// `time` moved from the offset `from` to the offset `to`, wrapped into one day;
+// days is 0.
+TimeData<unsigned int> getGlobalTimeData(const OffsetUTC& from, const OffsetUTC& to,
+                                         const TimeData<unsigned int>& time);
+// The same for the local time of getLocalTimeData.
+TimeData<unsigned int> getGlobalTimeData(const OffsetUTC& from, const OffsetUTC& to);
+// The product a x b taken as milliseconds and split, days included.
+TimeData<unsigned int> generateTimeData(unsigned int a, unsigned int b);
+// The field-wise sum, carried through milliseconds and split again.
+TimeData<unsigned int> addTimeData(const TimeData<unsigned int>& a,
+                                   const TimeData<unsigned int>& b);
+// The fractions of a clock face's hands: hours of 12, minutes of 60, seconds
+// of 60 and milliseconds of 1000, each with the finer fields; days is 0.
+TimeData<float> normalizeTimeData(const TimeData<unsigned int>& time);
+
+// "1:05P" style: 12 for noon and midnight, A or P.
+std::string hourFormat12(const TimeData<unsigned int>& time);
+// "13:05" style, both fields two digits.
+std::string hourFormat24(const TimeData<unsigned int>& time);
+// The platform's local date and time as "2024-03-07_09-05-01".
+std::string getLocalDateTimeString();
+
+// Reads "[+|-]hh:mm:ss". Out-of-range parts are logged and kept; a part that
+// isn't a number throws what std::stoi throws.
+OffsetUTC parseOffsetUTC(const std::string& text);
+
+// --- Keys -------------------------------------------------------------------------
+
+// The program's key codes. 0 to 9 are the digit keys; KeyNone (89) means no
+// key.
+enum KeyType : int {
+    Key0 = 0,
+    Key1,
+    Key2,
+    Key3,
+    Key4,
+    Key5,
+    Key6,
+    Key7,
+    Key8,
+    Key9,
+    KeyLeft = 10,
+    KeyRight,
+    KeyUp,
+    KeyDown,
+    KeyEnter = 14,
+    KeyExit,
+    KeyBack,
+    KeyAction1 = 17,
+    KeyAction2,
+    KeyAction3,
+    KeyAction4,
+    KeyA = 21,
+    KeyB,
+    KeyC,
+    KeyD,
+    KeyE,
+    KeyF,
+    KeyG,
+    KeyH,
+    KeyI,
+    KeyJ,
+    KeyK,
+    KeyL,
+    KeyM,
+    KeyN,
+    KeyO,
+    KeyP,
+    KeyQ,
+    KeyR,
+    KeyS,
+    KeyT,
+    KeyU,
+    KeyV,
+    KeyW,
+    KeyX,
+    KeyY,
+    KeyZ,
+    KeyAltA = 47,
+    KeyAltB,
+    KeyAltC,
+    KeyAltD,
+    KeyAltE,
+    KeyAltF,
+    KeyAltG,
+    KeyAltH,
+    KeyAltI,
+    KeyAltJ,
+    KeyAltK,
+    KeyAltL,
+    KeyAltM,
+    KeyAltN,
+    KeyAltO,
+    KeyAltP,
+    KeyAltQ,
+    KeyAltR,
+    KeyAltS,
+    KeyAltT,
+    KeyAltU,
+    KeyAltV,
+    KeyAltW,
+    KeyAltX,
+    KeyAltY,
+    KeyAltZ,
+    KeyF1 = 73,
+    KeyF2,
+    KeyF3,
+    KeyF4,
+    KeyF5,
+    KeyF6,
+    KeyF7,
+    KeyF8,
+    KeyF9,
+    KeyF10,
+    KeyF11,
+    KeyF12,
+    KeyMinus = 85,
+    KeyPlus,
+    KeyHome,
+    KeyEnd,
+    KeyNone = 89
+};
+
+// Both directions between the platform's key codes and KeyType.
+struct KeyMapData {
+    std::map<int, KeyType> platformToVirtual;
+    std::map<KeyType, int> virtualToPlatform;
+};
+
+void createKeyMap(KeyMapData& data);
+void deleteKeyMap(KeyMapData& data);
+// The platform's code for a key, or -1 for one that isn't mapped.
+int getPlatformKey(KeyMapData& data, KeyType key);
+// The key for a platform code, or KeyNone for one that isn't mapped.
+KeyType getVirtualKey(KeyMapData& data, int code);
+
+// --- Numbers as text ----------------------------------------------------------------
+
+// Decimal text without printf. A double is written as a mantissa from 1 to
+// below 10 (or from 0.1 to below 10 when no exponent is needed) with nine
+// decimals when it has a fraction, then "e" and the power of ten: 1.5 gives
+// "1.500000000", 1000.0 gives "1e3", 0.1 gives "1e-1".
+std::string valueToString(unsigned int value);
+std::string valueToString(int value);
+std::string valueToString(bool value);
+std::string valueToString(double value);
+std::string valueToString(float value);
+
+// --- Shared records -------------------------------------------------------------------
+
+template <typename T>
+struct Rect {
+    T x = 0;
+    T y = 0;
+    T width = 0;
+    T height = 0;
+
+    Rect() = default;
+    Rect(T _x, T _y, T _width, T _height) : x(_x), y(_y), width(_width), height(_height) {}
+};
+
+// Three channels in the channel order of the image they came from.
+template <typename T>
+struct Color {
+    T r = 0;
+    T g = 0;
+    T b = 0;
+
+    Color() = default;
+    Color(T _r, T _g, T _b) : r(_r), g(_g), b(_b) {}
+};
 
 }  // namespace pmUtil
 

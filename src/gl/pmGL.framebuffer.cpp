@@ -1,5 +1,6 @@
-// Framebuffers with colour textures: creation, binding with the caller's state
-// saved, update, read-back and deletion.
+// Framebuffers: creation with colour textures or colour render buffers and an
+// optional depth (and stencil) buffer, binding with the caller's state saved,
+// update, read-back, resizing, clearing and deletion.
 #include "pmGL.h"
 
 namespace pmGL {
@@ -22,60 +23,136 @@ void checkFrameBufferStatus() {
     PM_ASSERT(0);
 }
 
-// Keeps width, height and options, as a render buffer record is reused alike.
-void releaseRenderBuffer(RenderBuffer& buffer) {
-    if (buffer.id == 0) return;
-    glDeleteRenderbuffers(1, &buffer.id);
-    buffer.id = 0;
+// Depth options of the public forms: a combined depth and stencil format when
+// stencil is asked for, depth alone otherwise.
+RenderBufferOpts depthBufferOptions(bool stencil, int samples) {
+    RenderBufferOpts opts;
+    opts.internalFormat = stencil ? GL_DEPTH24_STENCIL8 : GL_DEPTH_COMPONENT24;
+    opts.samples = samples;
+    return opts;
 }
 
-void attachColorTextures(FrameBuffer& fb, const std::vector<void*>& colorData,
-                         const TextureOpts& opts) {
-    fb.colorTex.resize(colorData.size());
-    for (std::size_t i = 0; i < colorData.size(); ++i) {
-        Texture& tex = fb.colorTex[i];
-        createTexture(tex, fb.width, fb.height, colorData[i], opts);
-        glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0 + static_cast<GLenum>(i),
-                               tex.opts.target, tex.id, 0);
-    }
+// A negative count makes the vector itself throw std::length_error.
+std::vector<void*> colorDataList(int colorCount, void* data) {
+    return std::vector<void*>(static_cast<std::size_t>(colorCount), data);
 }
 
-// The common form: one colour texture per data pointer, all with `opts`, which
-// is taken by value since it may come from the record being rebuilt.
-void createFrameBuffer(FrameBuffer& fb, int width, int height, const std::vector<void*>& colorData,
-                       TextureOpts opts) {
+bool isDepthStencilFormat(int internalFormat) {
+    return internalFormat == GL_DEPTH24_STENCIL8 || internalFormat == GL_DEPTH32F_STENCIL8;
+}
+
+}  // namespace
+
+void createFrameBuffer(FrameBuffer& fb, int width, int height, std::vector<void*> colorData,
+                       const TextureOpts* colorTexOpts, const RenderBufferOpts* colorBufferOpts,
+                       void* depthData, const TextureOpts* depthTexOpts,
+                       const RenderBufferOpts* depthBufferOpts, int samples) {
+    // The options may belong to the record rebuilt here (a caller passing
+    // fb.colorTex[0].opts), so they are copied before it is emptied.
+    const TextureOpts texOpts = colorTexOpts ? *colorTexOpts : TextureOpts();
+    const RenderBufferOpts bufferOpts = colorBufferOpts ? *colorBufferOpts : RenderBufferOpts();
+    const TextureOpts depthOpts = depthTexOpts ? *depthTexOpts : TextureOpts();
+    const int depthFormat = depthBufferOpts ? depthBufferOpts->internalFormat : 0;
+    const std::size_t count = colorData.size();
+
     deleteFrameBuffer(fb);
     fb.width = width;
     fb.height = height;
     glGenFramebuffers(1, &fb.id);
     const bool ret = bindFrameBuffer(fb);
     PM_ASSERT(ret);
-    attachColorTextures(fb, colorData, opts);
-    specifyDrawBuffers(static_cast<int>(colorData.size()));
+
+    // A kind of colour attachment that is not asked for keeps no records, so
+    // that reads and resizes see only what is attached.
+    if (colorTexOpts) {
+        fb.colorTex.resize(count);
+        for (std::size_t i = 0; i < count; ++i) {
+            createTexture(fb.colorTex[i], width, height, colorData[i], texOpts);
+            attachTexture(fb.colorTex[i], static_cast<unsigned>(i), 0);
+        }
+        specifyDrawBuffers(static_cast<unsigned>(count));
+    } else {
+        fb.colorTex.clear();
+    }
+
+    if (colorBufferOpts) {
+        fb.colorRenderBuffer.resize(count);
+        for (std::size_t i = 0; i < count; ++i) {
+            RenderBuffer& rb = fb.colorRenderBuffer[i];
+            createRenderBuffer(rb, width, height, bufferOpts);
+            glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0 + static_cast<GLenum>(i),
+                                      GL_RENDERBUFFER, rb.id);
+        }
+        specifyDrawBuffers(static_cast<unsigned>(count));
+    } else {
+        fb.colorRenderBuffer.clear();
+    }
+
+    if (depthTexOpts) {
+        createTexture(fb.depthTex, width, height, depthData, depthOpts);
+        const GLenum attachment = fb.depthTex.opts.format == GL_DEPTH_STENCIL
+                                      ? GL_DEPTH_STENCIL_ATTACHMENT
+                                      : GL_DEPTH_ATTACHMENT;
+        glFramebufferTexture2D(GL_FRAMEBUFFER, attachment, fb.depthTex.opts.target, fb.depthTex.id,
+                               0);
+    }
+
+    if (depthBufferOpts) {
+        // The sample count is the one passed in, whatever the options hold.
+        RenderBufferOpts opts;
+        opts.internalFormat = depthFormat;
+        opts.samples = samples;
+        createRenderBuffer(fb.depthRenderBuffer, width, height, opts);
+        const GLenum attachment =
+            isDepthStencilFormat(depthFormat) ? GL_DEPTH_STENCIL_ATTACHMENT : GL_DEPTH_ATTACHMENT;
+        glFramebufferRenderbuffer(GL_FRAMEBUFFER, attachment, GL_RENDERBUFFER,
+                                  fb.depthRenderBuffer.id);
+    }
+
     checkFrameBufferStatus();
     unbindFrameBuffer(fb);
     checkError();
 }
 
-}  // namespace
-
-// Depth and stencil attachments are made by render buffers; the filters of this
-// layer ask for neither, so both flags are accepted and not acted on here.
+// The depth buffer of this form and the two below is never multisampled.
 void createFrameBuffer(FrameBuffer& fb, int width, int height, const TextureOpts& opts,
-                       int colorCount, bool /*depth*/, bool /*stencil*/) {
-    const std::vector<void*> colorData(static_cast<std::size_t>(colorCount), nullptr);
-    createFrameBuffer(fb, width, height, colorData, opts);
+                       int colorCount, bool depth, bool stencil) {
+    const RenderBufferOpts depthOpts = depthBufferOptions(stencil, 1);
+    createFrameBuffer(fb, width, height, colorDataList(colorCount, nullptr), &opts, nullptr,
+                      nullptr, nullptr, depth ? &depthOpts : nullptr, 1);
 }
 
-// Every colour texture starts with the image's pixels. `samples` matters only
-// to multisampled buffers, which are not made here.
-void createFrameBuffer(FrameBuffer& fb, const ImageData<unsigned char>& image,
-                       const TextureOpts& opts, int colorCount, bool /*depth*/, bool /*stencil*/,
-                       int /*samples*/) {
+// Colour render buffers with `opts`, multisampled when they ask for it; the
+// depth buffer has one sample all the same, so such a buffer is incomplete.
+void createFrameBuffer(FrameBuffer& fb, int width, int height, const RenderBufferOpts& opts,
+                       int colorCount, bool depth, bool stencil) {
+    const RenderBufferOpts depthOpts = depthBufferOptions(stencil, 1);
+    createFrameBuffer(fb, width, height, colorDataList(colorCount, nullptr), nullptr, &opts,
+                      nullptr, nullptr, depth ? &depthOpts : nullptr, 1);
+}
+
+void createFrameBuffer(FrameBuffer& fb, const ImageData<float>& image, const TextureOpts& opts,
+                       int colorCount, bool depth, bool stencil) {
     TextureOpts imageOpts = opts;
     updateTextureOpts(imageOpts, image);
-    const std::vector<void*> colorData(static_cast<std::size_t>(colorCount), image.data);
-    createFrameBuffer(fb, image.getWidth(), image.getHeight(), colorData, imageOpts);
+    const RenderBufferOpts depthOpts = depthBufferOptions(stencil, 1);
+    createFrameBuffer(fb, image.getWidth(), image.getHeight(),
+                      colorDataList(colorCount, image.data), &imageOpts, nullptr, nullptr, nullptr,
+                      depth ? &depthOpts : nullptr, 1);
+}
+
+// Every colour texture starts with the image's pixels. `samples` reaches the
+// depth buffer only: with 2 or more it is multisampled while the colour
+// textures are not.
+void createFrameBuffer(FrameBuffer& fb, const ImageData<unsigned char>& image,
+                       const TextureOpts& opts, int colorCount, bool depth, bool stencil,
+                       int samples) {
+    TextureOpts imageOpts = opts;
+    updateTextureOpts(imageOpts, image);
+    const RenderBufferOpts depthOpts = depthBufferOptions(stencil, samples);
+    createFrameBuffer(fb, image.getWidth(), image.getHeight(),
+                      colorDataList(colorCount, image.data), &imageOpts, nullptr, nullptr, nullptr,
+                      depth ? &depthOpts : nullptr, samples);
 }
 
 void updateFrameBuffer(FrameBuffer& fb, const ImageData<unsigned char>& image,
@@ -129,8 +206,8 @@ void deleteFrameBuffer(FrameBuffer& fb) {
     if (isBound(fb)) unbindFrameBuffer(fb);
     for (Texture& tex : fb.colorTex) deleteTexture(tex);
     deleteTexture(fb.depthTex);
-    for (RenderBuffer& buffer : fb.colorRenderBuffer) releaseRenderBuffer(buffer);
-    releaseRenderBuffer(fb.depthRenderBuffer);
+    for (RenderBuffer& rb : fb.colorRenderBuffer) deleteRenderBuffer(rb);
+    deleteRenderBuffer(fb.depthRenderBuffer);
     glDeleteFramebuffers(1, &fb.id);
     fb.id = 0;
     fb.width = 0;
@@ -142,16 +219,6 @@ bool isBound(FrameBuffer& fb) {
     GLint binding = 0;
     glGetIntegerv(GL_FRAMEBUFFER_BINDING, &binding);
     return static_cast<unsigned>(binding) == fb.id;
-}
-
-void specifyDrawBuffers(int count) {
-    if (count <= 0) {
-        glDrawBuffers(0, nullptr);
-        return;
-    }
-    std::vector<GLenum> buffers(static_cast<std::size_t>(count));
-    for (int i = 0; i < count; ++i) buffers[i] = GL_COLOR_ATTACHMENT0 + static_cast<GLenum>(i);
-    glDrawBuffers(count, buffers.data());
 }
 
 // Sets the unpack alignment, not the pack alignment: reads rely on the pack
@@ -175,6 +242,120 @@ void readFrameBuffer(FrameBuffer& fb, void* pixels, unsigned targetIndex) {
     }
     if (bound) unbindFrameBuffer(fb);
     checkError();
+}
+
+// The checks below only log: a wrongly sized image is still read at the
+// framebuffer's size, so its pixel buffer must be big enough for that.
+void readFrameBuffer(FrameBuffer& fb, ImageData<unsigned char>& image, unsigned targetIndex) {
+    PM_ASSERT(fb.width == image.getWidth() && fb.height == image.getHeight());
+    if (targetIndex < fb.colorTex.size()) {
+        PM_ASSERT(fb.colorTex[targetIndex].opts.type == GL_UNSIGNED_BYTE);
+        // clang-format off
+        PM_ASSERT(getTextureFormat(image.getChannel(), fb.colorTex[targetIndex].opts.type) == fb.colorTex[targetIndex].opts.format);
+        // clang-format on
+    }
+    if (targetIndex < fb.colorRenderBuffer.size()) {
+        // The table gives an unsigned format, the options hold a signed one.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wsign-compare"
+        // clang-format off
+        PM_ASSERT(getTextureInternalFormat(image.getChannel(), GL_UNSIGNED_BYTE) == fb.colorRenderBuffer[targetIndex].opts.internalFormat);
+        // clang-format on
+#pragma GCC diagnostic pop
+    }
+    readFrameBuffer(fb, static_cast<void*>(image.data), targetIndex);
+}
+
+// Colour render buffers are read as 8-bit RGBA only, so a float read of one is
+// refused before any GL call.
+void readFrameBuffer(FrameBuffer& fb, ImageData<float>& image, unsigned targetIndex) {
+    PM_ASSERT(fb.width == image.getWidth() && fb.height == image.getHeight());
+    if (targetIndex < fb.colorTex.size()) {
+        PM_ASSERT(fb.colorTex[targetIndex].opts.type == GL_FLOAT);
+        // clang-format off
+        PM_ASSERT(getTextureFormat(image.getChannel(), fb.colorTex[targetIndex].opts.type) == fb.colorTex[targetIndex].opts.format);
+        // clang-format on
+    }
+    if (targetIndex < fb.colorRenderBuffer.size()) {
+        PM_LOGE("A render buffer does not support GL_FLOAT.\n");
+        return;
+    }
+    readFrameBuffer(fb, static_cast<void*>(image.data), targetIndex);
+}
+
+// The new size is stored before binding so that the bind sets the new
+// viewport. A buffer that was bound already stays bound and gets the viewport
+// here; its saved caller state is left as it was.
+void resizeFrameBuffer(FrameBuffer& fb, int width, int height) {
+    if (fb.width == width && fb.height == height) return;
+    fb.width = width;
+    fb.height = height;
+    const bool bound = bindFrameBuffer(fb);
+    for (Texture& tex : fb.colorTex) resizeTexture(tex, width, height);
+    for (RenderBuffer& rb : fb.colorRenderBuffer) resizeRenderBuffer(rb, width, height);
+    if (fb.depthTex.id != 0) resizeTexture(fb.depthTex, width, height);
+    if (fb.depthRenderBuffer.id != 0) resizeRenderBuffer(fb.depthRenderBuffer, width, height);
+    if (bound) {
+        unbindFrameBuffer(fb);
+    } else {
+        glViewport(0, 0, width, height);
+    }
+    checkError();
+}
+
+// With no colour attachment GL draws to none: glDrawBuffers(0, null).
+void specifyDrawBuffers(unsigned count) {
+    if (count == 0) {
+        glDrawBuffers(0, nullptr);
+        return;
+    }
+    std::vector<GLenum> buffers(count);
+    for (unsigned i = 0; i < count; ++i) buffers[i] = GL_COLOR_ATTACHMENT0 + i;
+    glDrawBuffers(static_cast<GLsizei>(count), buffers.data());
+}
+
+// GL ES accepts attachment i only at position i of the list, so on a
+// framebuffer object any index but 0 is refused with GL_INVALID_OPERATION.
+void specifyDrawBuffer(unsigned index) {
+    const GLenum buffer = GL_COLOR_ATTACHMENT0 + index;
+    glDrawBuffers(1, &buffer);
+}
+
+void attachTexture(Texture& tex, unsigned colorIndex, int level) {
+    glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0 + colorIndex, tex.opts.target,
+                           tex.id, level);
+}
+
+void attachCubemapTexture(Texture& tex, unsigned colorIndex, unsigned face, int level) {
+    glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0 + colorIndex,
+                           GL_TEXTURE_CUBE_MAP_POSITIVE_X + face, tex.id, level);
+}
+
+bool isDepthExist(const FrameBuffer& fb) {
+    return fb.depthTex.id != 0 || fb.depthRenderBuffer.id != 0;
+}
+
+bool isStencilExist(const FrameBuffer& fb) {
+    if (isExist(fb.depthTex) && fb.depthTex.opts.format == GL_DEPTH_STENCIL) return true;
+    return isExist(fb.depthRenderBuffer) &&
+           isDepthStencilFormat(fb.depthRenderBuffer.opts.internalFormat);
+}
+
+// Clears whatever the buffer has: colour, and depth and stencil when present.
+// The bound buffer stays bound; another binding is restored afterwards.
+void clearFrameBuffer(FrameBuffer& fb, const glm::vec4& colour) {
+    PM_ASSERT(isExist(fb));
+    const bool bound = bindFrameBuffer(fb);
+    clearBuffer(colour, isDepthExist(fb), isStencilExist(fb));
+    if (bound) unbindFrameBuffer(fb);
+}
+
+void clearBuffer(const glm::vec4& colour, bool depth, bool stencil) {
+    glClearColor(colour.r, colour.g, colour.b, colour.a);
+    GLbitfield mask = GL_COLOR_BUFFER_BIT;
+    if (depth) mask |= GL_DEPTH_BUFFER_BIT;
+    if (stencil) mask |= GL_STENCIL_BUFFER_BIT;
+    glClear(mask);
 }
 
 }  // namespace pmGL

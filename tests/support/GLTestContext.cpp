@@ -166,3 +166,19 @@ std::vector<uint8_t> SurfaceTestContext::readSurface() const {
     glReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
     return pixels;
 }
+
+std::vector<GLuint> nextGLNames() {
+    GLuint tex = 0, fb = 0, buf = 0, va = 0;
+    glGenTextures(1, &tex);
+    glGenFramebuffers(1, &fb);
+    glGenBuffers(1, &buf);
+    glGenVertexArrays(1, &va);
+    const GLuint program = glCreateProgram();
+    std::vector<GLuint> names{tex, fb, buf, va, program};
+    glDeleteTextures(1, &tex);
+    glDeleteFramebuffers(1, &fb);
+    glDeleteBuffers(1, &buf);
+    glDeleteVertexArrays(1, &va);
+    glDeleteProgram(program);
+    return names;
+}

@@ -67,6 +67,11 @@ protected:
     std::unique_ptr<GLTestContext> gl;
 };
 
+// The names GL hands out next, one each of texture, framebuffer, buffer,
+// vertex array and program. GL gives each new name one above the last, so
+// with no object made in between, the next call gives each of these plus one.
+std::vector<GLuint> nextGLNames();
+
 // Deterministic test pixels: width * height * channels bytes.
 std::vector<uint8_t> makeTestPixels(int width, int height, int channels, unsigned seed = 1);
 

@@ -1,0 +1,103 @@
+// The separable Gaussian blur pass and its kernel. The kernel is computed on
+// the CPU for one size and written into the shader text as constant arrays:
+// the loop has a constant count and no kernel data is uploaded per frame.
+#ifndef PIXMORA_GAUSSIANBLUR_H
+#define PIXMORA_GAUSSIANBLUR_H
+
+#include <glm/glm.hpp>
+
+#include <string>
+#include <vector>
+
+#include "pmDraw.h"
+#include "pmExport.h"
+#include "pmGL.h"
+
+// The normalised kernel of width kernelSize, with the standard deviation
+// searched so that the outermost tap still has a visible weight. The size
+// must be odd; anything else ends the process.
+PM_VISIBLE std::vector<float> GetAppropriateSeparableGauss(int kernelSize);
+
+// GLSL text of the folded kernel (constants stepCount, gWeights, gOffsets)
+// and the function GaussianBlur(sampler2D, vec2 centreUV, vec2 pixelOffset).
+// The size must be of the form 4k + 3; anything else ends the process.
+PM_VISIBLE std::string GenerateGaussShaderKernelWeightsAndOffsets(int kernelSize);
+
+namespace PM_VISIBLE pmDraw {
+
+// The kernel as the search found it, and folded for the shader: symmetric
+// taps share one weight and offset, neighbouring texels share one bilinear read.
+struct GaussKernel {
+    double sigma = 0.0;
+    std::vector<float> taps;
+    std::vector<float> weights;
+    std::vector<float> offsets;
+};
+
+// The same search and folding as the shader text uses, for inspection.
+GaussKernel describeGaussKernel(int kernelSize);
+
+class GaussianBlur : public BaseFilter {
+public:
+    GaussianBlur() = default;
+    ~GaussianBlur() override;
+
+    pmGL::Program programs[2];
+    pmGL::VertexArray vertexArrays[2];
+    pmGL::FrameBuffer buffer;
+    pmGL::Texture* inputTexture = nullptr;
+    glm::vec2 flip = glm::vec2(0.0f, 0.0f);
+    int wrap = GL_CLAMP_TO_EDGE;
+};
+
+bool createGaussianBlur(GaussianBlur& blur, int kernelSize);
+void deleteGaussianBlur(GaussianBlur& blur);
+// Remember the input (not owned: it must outlive the last draw) and size the
+// internal buffer to it; the uniforms are set at draw time.
+void setTexture(GaussianBlur& blur, pmGL::Texture& tex, glm::vec2 flip);
+void setTexture(GaussianBlur& blur, pmGL::FrameBuffer& fb, glm::vec2 flip);
+void setTexture(GaussianBlur& blur, pmGL::Texture& tex, float flip);
+void setTexture(GaussianBlur& blur, pmGL::FrameBuffer& fb, float flip);
+// Horizontal pass into the internal buffer, vertical pass into the
+// framebuffer the caller has bound.
+void drawGaussianBlur(GaussianBlur& blur);
+
+// A blur of variable strength from the fixed kernel: the input is drawn into
+// a smaller buffer, blurred there, and stretched back by the final pass, which
+// also applies colour, mix colour, alpha and dither. Strength comes from
+// resolution, which cuts the cost of the blur passes by the square of the scale.
+struct PM_VISIBLE CustomGaussianBlur {
+    NoFilter composite;
+    GaussianBlur blur;
+    RandomDithering dither;
+    pmGL::FrameBuffer blurBuffer;
+    pmGL::FrameBuffer downBuffer;
+    pmGL::Texture* inputTexture = nullptr;
+    glm::vec2 flip = glm::vec2(0.0f, 0.0f);
+    float scaleFactor = 1.0f;
+    bool dithering = true;
+};
+
+// The kernel size CustomGaussianBlur uses for a wanted one: the nearest of
+// 7, 11, 15, ... 407, a tie going to the larger.
+int snapCustomKernelSize(int kernelSize);
+bool createCustomGaussianBlur(CustomGaussianBlur& context, int kernelSize);
+void deleteCustomGaussianBlur(CustomGaussianBlur& context);
+// Only stores the input (not owned) and the flip, clamped to [0, 1]; the
+// buffers are sized at draw time.
+void setTexture(CustomGaussianBlur& context, pmGL::Texture& tex, glm::vec2 flip);
+void setTexture(CustomGaussianBlur& context, pmGL::FrameBuffer& fb, glm::vec2 flip);
+void setTexture(CustomGaussianBlur& context, pmGL::Texture& tex, float flip);
+void setTexture(CustomGaussianBlur& context, pmGL::FrameBuffer& fb, float flip);
+void setScaleFactor(CustomGaussianBlur& context, float scaleFactor);
+// The area, colour, mix colour and alpha belong to the final pass only.
+void setAlphaMultiplier(CustomGaussianBlur& context, float alpha);
+void setArea(CustomGaussianBlur& context, const glm::vec2& pos0, const glm::vec2& pos1,
+             const glm::vec2& tex0, const glm::vec2& tex1);
+void setColor(CustomGaussianBlur& context, const glm::vec4& color);
+void setMixColor(CustomGaussianBlur& context, const glm::vec4& color);
+void drawCustomGaussianBlur(CustomGaussianBlur& context);
+
+}  // namespace pmDraw
+
+#endif

@@ -1,0 +1,253 @@
+// The scaled blur: kernel snapping, lazy working buffers that follow the
+// scaled size, the dithered and undithered paths, and the mean colour kept.
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
+#include "GLTestContext.h"
+#include "GaussianBlur.h"
+#include "LogCapture.h"
+
+namespace {
+
+using pmDraw::CustomGaussianBlur;
+
+pmGL::Texture makeTexture(int w, int h, const uint8_t* pixels) {
+    pmGL::Texture tex;
+    pmUtil::ImageData<unsigned char> image(w, h, 4, const_cast<uint8_t*>(pixels));
+    pmGL::createTexture(tex, image, pmGL::TextureOpts());
+    return tex;
+}
+
+std::vector<uint8_t> uniformPixels(int w, int h, uint8_t r, uint8_t g, uint8_t b) {
+    std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 4);
+    for (size_t i = 0; i < pixels.size(); i += 4) {
+        pixels[i] = r;
+        pixels[i + 1] = g;
+        pixels[i + 2] = b;
+        pixels[i + 3] = 255;
+    }
+    return pixels;
+}
+
+TEST(CustomKernelSizeTest, SnapsToTheSizesTheBlurAccepts) {
+    for (int size = -5; size <= 8; ++size) EXPECT_EQ(pmDraw::snapCustomKernelSize(size), 7) << size;
+    EXPECT_EQ(pmDraw::snapCustomKernelSize(9), 11);
+    EXPECT_EQ(pmDraw::snapCustomKernelSize(35), 35);
+    EXPECT_EQ(pmDraw::snapCustomKernelSize(36), 35);
+    EXPECT_EQ(pmDraw::snapCustomKernelSize(37), 39);
+    EXPECT_EQ(pmDraw::snapCustomKernelSize(407), 407);
+    EXPECT_EQ(pmDraw::snapCustomKernelSize(100000), 407);
+}
+
+TEST(CustomBlurStateTest, ScaleFactorAndFlipAreClamped) {
+    CustomGaussianBlur context;
+    pmDraw::setScaleFactor(context, -1.0f);
+    EXPECT_EQ(context.scaleFactor, 0.0f);
+    pmDraw::setScaleFactor(context, 2.0f);
+    EXPECT_EQ(context.scaleFactor, 1.0f);
+    pmDraw::setScaleFactor(context, 0.3f);
+    EXPECT_FLOAT_EQ(context.scaleFactor, 0.3f);
+    pmGL::Texture tex;
+    pmDraw::setTexture(context, tex, glm::vec2(-1.0f, 2.0f));
+    EXPECT_EQ(context.flip, glm::vec2(0.0f, 1.0f));
+    EXPECT_EQ(context.inputTexture, &tex);
+    pmDraw::setTexture(context, tex, 0.5f);
+    EXPECT_EQ(context.flip, glm::vec2(0.0f, 0.5f));
+}
+
+class CustomBlurTest : public GLTest {
+protected:
+    void SetUp() override {
+        GLTest::SetUp();
+        ASSERT_TRUE(pmDraw::createCustomGaussianBlur(context, 35));
+    }
+    void TearDown() override {
+        pmDraw::deleteCustomGaussianBlur(context);
+        GLTest::TearDown();
+    }
+    CustomGaussianBlur context;
+};
+
+TEST_F(CustomBlurTest, CreateBuildsThreePassesAndDeleteReleasesThem) {
+    CustomGaussianBlur other;
+    LogCapture log;
+    ASSERT_TRUE(pmDraw::createCustomGaussianBlur(other, 36));
+    EXPECT_EQ(log.countEndingWith("> createCustomGaussianBlur()"), 1);
+    EXPECT_EQ(log.countEndingWith("> createCustomGaussianBlur() end."), 1);
+    EXPECT_NE(other.composite.program.id, 0u);
+    EXPECT_NE(other.blur.programs[1].id, 0u);
+    EXPECT_NE(other.dither.program.id, 0u);
+    const unsigned programs[3] = {other.composite.program.id, other.blur.programs[0].id,
+                                  other.dither.program.id};
+    log.clear();
+    pmDraw::deleteCustomGaussianBlur(other);
+    EXPECT_EQ(log.countEndingWith("> deleteCustomGaussianBlur()"), 1);
+    EXPECT_EQ(log.countEndingWith("> createCustomGaussianBlur() end"), 1);
+    for (unsigned id : programs) EXPECT_FALSE(glIsProgram(id));
+}
+
+TEST_F(CustomBlurTest, DrawBeforeCreateOrInputSaysSo) {
+    CustomGaussianBlur bare;
+    LogCapture log;
+    pmDraw::drawCustomGaussianBlur(bare);
+    EXPECT_EQ(log.countEndingWith("> Call createCustomGaussianBlur() first."), 1);
+    pmDraw::drawCustomGaussianBlur(context);
+    EXPECT_EQ(log.countEndingWith("> Call setTexture() first."), 1);
+}
+
+TEST_F(CustomBlurTest, BuffersFollowTheScaledSizeOfAFullHdInput) {
+    pmGL::Texture tex = makeTexture(1920, 1080, nullptr);
+    pmDraw::setTexture(context, tex, 0.0f);
+    pmDraw::setScaleFactor(context, 0.25f);
+    LogCapture log;
+    pmDraw::drawCustomGaussianBlur(context);
+    EXPECT_EQ(log.countEndingWith("> create down buffer: 480 x 270 x 4.\n"), 1);
+    EXPECT_EQ(log.countEndingWith("> create blur buffer: 480 x 270 x 4.\n"), 1);
+    EXPECT_EQ(context.downBuffer.width, 480);
+    EXPECT_EQ(context.downBuffer.height, 270);
+    EXPECT_EQ(context.blurBuffer.width, 480);
+    EXPECT_EQ(context.blur.buffer.height, 270);
+
+    pmDraw::setScaleFactor(context, 0.001f);
+    log.clear();
+    pmDraw::drawCustomGaussianBlur(context);
+    EXPECT_EQ(log.countEndingWith("> create down buffer: 2 x 1 x 4.\n"), 1);
+    EXPECT_EQ(log.countEndingWith("> create blur buffer: 2 x 1 x 4.\n"), 1);
+    EXPECT_EQ(context.downBuffer.width, 2);
+    EXPECT_EQ(context.downBuffer.height, 1);
+
+    // The same values in the next frame reallocate nothing.
+    log.clear();
+    pmDraw::drawCustomGaussianBlur(context);
+    EXPECT_EQ(log.count("create "), 0);
+    pmGL::deleteTexture(tex);
+}
+
+TEST_F(CustomBlurTest, ScaleZeroReportsTheSizeAndCarriesOn) {
+    std::vector<uint8_t> pixels = uniformPixels(8, 8, 10, 20, 30);
+    pmGL::Texture tex = makeTexture(8, 8, pixels.data());
+    pmDraw::setTexture(context, tex, 0.0f);
+    pmDraw::setScaleFactor(context, 0.0f);
+    LogCapture log;
+    pmDraw::drawCustomGaussianBlur(context);
+    const std::vector<LogLine> lines = log.lines();
+    ASSERT_GE(lines.size(), 2u);
+    EXPECT_NE(lines[0].text.find("> scaledSize.x > 0 && scaledSize.y > 0"), std::string::npos);
+    EXPECT_EQ(lines[1].text.substr(lines[1].text.size() - 3), "> \n");
+    EXPECT_GE(log.count("Invalid texture size = (0, 0)."), 1);
+    pmGL::deleteTexture(tex);
+}
+
+TEST_F(CustomBlurTest, ScaleOneWithDitherBlursTheInputDirectly) {
+    std::vector<uint8_t> pixels = uniformPixels(16, 16, 90, 120, 200);
+    pmGL::Texture tex = makeTexture(16, 16, pixels.data());
+    pmDraw::setTexture(context, tex, 0.0f);
+    LogCapture log;
+    pmDraw::drawCustomGaussianBlur(context);
+    EXPECT_FALSE(pmGL::isExist(context.downBuffer));
+    EXPECT_EQ(log.count("create down buffer"), 0);
+    EXPECT_EQ(context.blur.inputTexture, &tex);
+    const std::vector<uint8_t> out = gl->readTarget();
+    for (size_t i = 0; i < out.size(); i += 4) {
+        ASSERT_NEAR(out[i], 90, 1);
+        ASSERT_NEAR(out[i + 1], 120, 1);
+        ASSERT_NEAR(out[i + 2], 200, 1);
+    }
+    pmGL::deleteTexture(tex);
+}
+
+TEST_F(CustomBlurTest, WithoutDitherTheBlurBufferGoesAndTheMixColourHasNoEffect) {
+    std::vector<uint8_t> pixels = uniformPixels(16, 16, 100, 100, 100);
+    pmGL::Texture tex = makeTexture(16, 16, pixels.data());
+    pmDraw::setTexture(context, tex, 0.0f);
+    pmDraw::setScaleFactor(context, 0.5f);
+    pmDraw::setMixColor(context, glm::vec4(1.0f, 0.0f, 0.0f, 1.0f));
+    pmDraw::drawCustomGaussianBlur(context);
+    ASSERT_TRUE(pmGL::isExist(context.blurBuffer));
+    std::vector<uint8_t> out = gl->readTarget();
+    EXPECT_NEAR(out[0], 255, 1);  // the mix colour shows with dither on
+    EXPECT_NEAR(out[1], 0, 1);
+
+    context.dithering = false;
+    gl->clearTarget(0, 0, 0, 0);
+    pmDraw::drawCustomGaussianBlur(context);
+    EXPECT_FALSE(pmGL::isExist(context.blurBuffer));
+    out = gl->readTarget();
+    for (size_t i = 0; i < out.size(); i += 4) {
+        ASSERT_NEAR(out[i], 100, 1);
+        ASSERT_NEAR(out[i + 1], 100, 1);
+        ASSERT_EQ(out[i + 3], 255);
+    }
+    pmGL::deleteTexture(tex);
+}
+
+TEST_F(CustomBlurTest, QuarterScaleKeepsTheMeanColour) {
+    const int w = 128, h = 64;
+    gl->resizeTarget(w, h);
+    std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 4);
+    for (int y = 0; y < h; ++y) {
+        for (int x = 0; x < w; ++x) {
+            uint8_t* p = &pixels[(static_cast<size_t>(y) * w + x) * 4];
+            p[0] = static_cast<uint8_t>(x * 2);
+            p[1] = static_cast<uint8_t>(y * 4);
+            p[2] = static_cast<uint8_t>(128 + (x % 16) * 4 - 32);
+            p[3] = 255;
+        }
+    }
+    pmGL::Texture tex = makeTexture(w, h, pixels.data());
+    pmDraw::setTexture(context, tex, 0.0f);
+    pmDraw::setScaleFactor(context, 0.25f);
+    pmDraw::drawCustomGaussianBlur(context);
+    const std::vector<uint8_t> out = gl->readTarget();
+    for (int c = 0; c < 3; ++c) {
+        double inMean = 0.0, outMean = 0.0;
+        for (size_t i = c; i < pixels.size(); i += 4) {
+            inMean += pixels[i];
+            outMean += out[i];
+        }
+        inMean /= w * h;
+        outMean /= w * h;
+        EXPECT_NEAR(outMean, inMean, 1.0) << "channel " << c;
+    }
+    pmGL::deleteTexture(tex);
+}
+
+TEST_F(CustomBlurTest, FinalPassHoldsAreaColourAndAlpha) {
+    pmDraw::setColor(context, glm::vec4(0.5f, 1.0f, 1.0f, 1.0f));
+    pmDraw::setAlphaMultiplier(context, 0.25f);
+    pmDraw::setArea(context, glm::vec2(0.0f), glm::vec2(0.5f), glm::vec2(0.0f), glm::vec2(1.0f));
+    EXPECT_EQ(context.dither.ud.vec4s["uColor"], glm::vec4(0.5f, 1.0f, 1.0f, 1.0f));
+    EXPECT_FLOAT_EQ(context.dither.ud.floats["uAlphaMultiplier"], 0.25f);
+    EXPECT_FALSE(context.composite.ud.floats["uAlphaMultiplier"] == 0.25f);
+
+    std::vector<uint8_t> pixels = uniformPixels(16, 16, 200, 200, 200);
+    pmGL::Texture tex = makeTexture(16, 16, pixels.data());
+    pmDraw::setTexture(context, tex, 0.0f);
+    pmDraw::drawCustomGaussianBlur(context);
+    const std::vector<uint8_t> out = gl->readTarget();
+    // Lower-left quarter only: colour times 0.5 in red, alpha 0.25, premultiplied.
+    const uint8_t* inside = &out[(2 * 16 + 2) * 4];
+    EXPECT_NEAR(inside[0], std::lround(200 * 0.5 * 0.25), 1);
+    EXPECT_NEAR(inside[1], std::lround(200 * 0.25), 1);
+    EXPECT_NEAR(inside[3], std::lround(255 * 0.25), 1);
+    const uint8_t* outside = &out[(12 * 16 + 12) * 4];
+    EXPECT_EQ(outside[3], 0);
+    pmGL::deleteTexture(tex);
+}
+
+TEST_F(CustomBlurTest, SecondDrawAtTheSameSizeCreatesNoGlObject) {
+    std::vector<uint8_t> pixels = makeTestPixels(64, 32, 4);
+    pmGL::Texture tex = makeTexture(64, 32, pixels.data());
+    pmDraw::setTexture(context, tex, 0.0f);
+    pmDraw::setScaleFactor(context, 0.5f);
+    pmDraw::drawCustomGaussianBlur(context);
+    // GL hands out each new name one above the last, deleted ones included.
+    std::vector<GLuint> expected = nextGLNames();
+    for (GLuint& name : expected) ++name;
+    for (int i = 0; i < 3; ++i) pmDraw::drawCustomGaussianBlur(context);
+    EXPECT_EQ(nextGLNames(), expected);
+    pmGL::deleteTexture(tex);
+}
+
+}  // namespace

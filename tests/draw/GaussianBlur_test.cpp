@@ -1,0 +1,365 @@
+// The searched-sigma kernel, its shader text, and the two-pass blur compared
+// with a CPU convolution made of the same folded taps and bilinear reads.
+#include <cmath>
+#include <cstdint>
+#include <numeric>
+#include <vector>
+
+#include "GLTestContext.h"
+#include "GaussianBlur.h"
+#include "LogCapture.h"
+
+namespace {
+
+using pmDraw::GaussianBlur;
+
+struct KernelRow {
+    int size;
+    double sigma;
+    std::vector<float> weights;
+    std::vector<float> offsets;
+};
+
+const KernelRow kernelTable[] = {
+    {3, 0.23, {0.5f}, {0.01742f}},
+    {7, 0.68, {0.44908f, 0.05092f}, {0.53805f, 2.06278f}},
+    {11, 1.13, {0.33023f, 0.15701f, 0.01276f}, {0.62184f, 2.2731f, 4.14653f}},
+    {15, 1.59, {0.24961f, 0.19246f, 0.05148f, 0.00645f}, {0.64434f, 2.37885f, 4.29111f, 6.21661f}},
+};
+
+TEST(GaussKernelTest, MatchesTheTableToFivePlaces) {
+    for (const KernelRow& row : kernelTable) {
+        const pmDraw::GaussKernel kernel = pmDraw::describeGaussKernel(row.size);
+        EXPECT_NEAR(kernel.sigma, row.sigma, 1e-9) << row.size;
+        ASSERT_EQ(kernel.weights.size(), row.weights.size()) << row.size;
+        for (size_t i = 0; i < row.weights.size(); ++i) {
+            EXPECT_NEAR(kernel.weights[i], row.weights[i], 0.5e-5) << row.size << " weight " << i;
+            EXPECT_NEAR(kernel.offsets[i], row.offsets[i], 0.5e-5) << row.size << " offset " << i;
+        }
+    }
+}
+
+TEST(GaussKernelTest, LargerSizesFindTheirSigmaAndStepCount) {
+    const pmDraw::GaussKernel k31 = pmDraw::describeGaussKernel(31);
+    EXPECT_NEAR(k31.sigma, 3.41, 1e-9);
+    EXPECT_EQ(k31.weights.size(), 8u);
+    const pmDraw::GaussKernel k63 = pmDraw::describeGaussKernel(63);
+    EXPECT_NEAR(k63.sigma, 7.05, 1e-9);
+    EXPECT_EQ(k63.weights.size(), 16u);
+}
+
+TEST(GaussKernelTest, WeightsOfEveryValidSizeAddUpToHalf) {
+    for (int size = 3; size <= 407; size += 4) {
+        const pmDraw::GaussKernel kernel = pmDraw::describeGaussKernel(size);
+        const double sum = std::accumulate(kernel.weights.begin(), kernel.weights.end(), 0.0);
+        EXPECT_NEAR(sum, 0.5, 1e-5) << size;
+        EXPECT_EQ(kernel.weights.size(), static_cast<size_t>((size + 1) / 4)) << size;
+    }
+}
+
+TEST(GaussKernelTest, KernelIsNormalisedAndSymmetric) {
+    const std::vector<float> kernel = GetAppropriateSeparableGauss(9);
+    ASSERT_EQ(kernel.size(), 9u);
+    EXPECT_NEAR(std::accumulate(kernel.begin(), kernel.end(), 0.0), 1.0, 1e-6);
+    for (int i = 0; i < 4; ++i) EXPECT_FLOAT_EQ(kernel[i], kernel[8 - i]);
+    // The edge tap is just above the visibility threshold of the search.
+    EXPECT_GT(kernel[0], 0.02f / 9.0f);
+}
+
+TEST(GaussKernelTest, ShaderTextListsTheFoldedKernel) {
+    const std::string text = GenerateGaussShaderKernelWeightsAndOffsets(7);
+    const pmDraw::GaussKernel kernel = pmDraw::describeGaussKernel(7);
+    const std::string expectedHead =
+        "\t\t\tconst int stepCount = 2;\n"
+        "\t\t\tconst float gWeights[stepCount] = float[](\n"
+        "\t\t\t" +
+        pmUtil::valueToString(kernel.weights[0]) +
+        ",\n"
+        "\t\t\t" +
+        pmUtil::valueToString(kernel.weights[1]) +
+        "\n"
+        "\t\t\t);\n"
+        "\t\t\tconst float gOffsets[stepCount] = float[](\n"
+        "\t\t\t" +
+        pmUtil::valueToString(kernel.offsets[0]) +
+        ",\n"
+        "\t\t\t" +
+        pmUtil::valueToString(kernel.offsets[1]) +
+        "\n"
+        "\t\t\t);\n";
+    EXPECT_EQ(text.substr(0, expectedHead.size()), expectedHead);
+    EXPECT_NE(text.find("vec4 GaussianBlur(sampler2D tex0, vec2 centreUV, vec2 pixelOffset)"),
+              std::string::npos);
+}
+
+using GaussKernelDeathTest = ::testing::Test;
+
+TEST_F(GaussKernelDeathTest, EvenOrNegativeSizesEndTheProcess) {
+    EXPECT_DEATH(GetAppropriateSeparableGauss(8),
+                 "GetAppropriateSeparableGauss\\(int\\).*Assertion `false' failed");
+    EXPECT_DEATH(GetAppropriateSeparableGauss(-3), "Assertion `false' failed");
+    EXPECT_DEATH(GetAppropriateSeparableGauss(0), "Assertion `false' failed");
+}
+
+TEST_F(GaussKernelDeathTest, SizesWithEvenHalfEndTheProcess) {
+    for (int size : {5, 9, 13}) {
+        EXPECT_DEATH(GenerateGaussShaderKernelWeightsAndOffsets(size),
+                     "GenerateGaussShaderKernelWeightsAndOffsets\\(int\\).*"
+                     "Assertion `\\(\\(\\(kernelSize/2\\)\\+1\\) % 2\\) == 0' failed")
+            << size;
+    }
+}
+
+class GaussianBlurDeathTest : public GLTest {};
+
+TEST_F(GaussianBlurDeathTest, CreateWithSizeFiveOrNineDoesNotReturn) {
+    for (int size : {5, 9}) {
+        EXPECT_DEATH(
+            {
+                GaussianBlur blur;
+                pmDraw::createGaussianBlur(blur, size);
+            },
+            "Assertion")
+            << size;
+    }
+}
+
+// ---- GPU against CPU
+
+struct Picture {
+    int width = 0;
+    int height = 0;
+    std::vector<float> rgba;  // 0..255, bottom row first as GL stores it
+    float at(int x, int y, int c) const {
+        x = std::min(std::max(x, 0), width - 1);
+        y = std::min(std::max(y, 0), height - 1);
+        return rgba[(static_cast<size_t>(y) * width + x) * 4 + c];
+    }
+};
+
+// GL's bilinear read with clamp to edge, at texel-space coordinates, as the
+// software renderer filters 8-bit textures: the blend weight rounded to 1/256
+// and each blend done in 8-bit fixed point.
+float bilinear(const Picture& p, float u, float v, int c) {
+    const float xf = u - 0.5f, yf = v - 0.5f;
+    const int x0 = static_cast<int>(std::floor(xf)), y0 = static_cast<int>(std::floor(yf));
+    auto lerp = [](float a, float b, float t) {
+        const int weight = static_cast<int>(std::round(t * 256.0f));
+        const int ia = static_cast<int>(a), ib = static_cast<int>(b);
+        return static_cast<float>(ia + (((ib - ia) * weight + 128) >> 8));
+    };
+    const float top = lerp(p.at(x0, y0, c), p.at(x0 + 1, y0, c), xf - x0);
+    const float bottom = lerp(p.at(x0, y0 + 1, c), p.at(x0 + 1, y0 + 1, c), xf - x0);
+    return lerp(top, bottom, yf - y0);
+}
+
+// One direction of the folded kernel, quantised to 8 bits as the RGBA8
+// buffers are, alpha forced to 1.
+Picture blurDirection(const Picture& in, const pmDraw::GaussKernel& kernel, bool horizontal) {
+    Picture out = in;
+    for (int y = 0; y < in.height; ++y) {
+        for (int x = 0; x < in.width; ++x) {
+            for (int c = 0; c < 3; ++c) {
+                float sum = 0.0f;
+                for (size_t i = 0; i < kernel.weights.size(); ++i) {
+                    const float o = kernel.offsets[i];
+                    const float u = x + 0.5f, v = y + 0.5f;
+                    const float a =
+                        horizontal ? bilinear(in, u + o, v, c) : bilinear(in, u, v + o, c);
+                    const float b =
+                        horizontal ? bilinear(in, u - o, v, c) : bilinear(in, u, v - o, c);
+                    sum += kernel.weights[i] * (a + b);
+                }
+                out.rgba[(static_cast<size_t>(y) * in.width + x) * 4 + c] = std::round(sum);
+            }
+            out.rgba[(static_cast<size_t>(y) * in.width + x) * 4 + 3] = 255.0f;
+        }
+    }
+    return out;
+}
+
+pmGL::Texture uploadPicture(const std::vector<uint8_t>& pixels, int w, int h) {
+    pmGL::Texture tex;
+    pmUtil::ImageData<unsigned char> image(w, h, 4, const_cast<uint8_t*>(pixels.data()));
+    pmGL::createTexture(tex, image, pmGL::TextureOpts());
+    return tex;
+}
+
+class GaussianBlurTest : public GLTest {};
+
+TEST_F(GaussianBlurTest, BlurEqualsCpuConvolutionWithTheSameTaps) {
+    const int w = 40, h = 24;
+    gl->resizeTarget(w, h);
+    for (unsigned seed : {77u, 78u, 79u}) {
+        std::vector<uint8_t> pixels = makeTestPixels(w, h, 4, seed);
+        pmGL::Texture tex = uploadPicture(pixels, w, h);
+        // Size 3 is left out: its single weight of exactly 0.5 puts every output
+        // on a rounding tie, which the renderer breaks by its own arithmetic.
+        for (int size : {7, 15, 31}) {
+            GaussianBlur blur;
+            ASSERT_TRUE(pmDraw::createGaussianBlur(blur, size));
+            pmDraw::setTexture(blur, tex, glm::vec2(0.0f, 0.0f));
+            gl->clearTarget(0, 0, 0, 0);
+            pmDraw::drawGaussianBlur(blur);
+            const std::vector<uint8_t> out = gl->readTarget();
+
+            Picture input{w, h, std::vector<float>(pixels.begin(), pixels.end())};
+            const pmDraw::GaussKernel kernel = pmDraw::describeGaussKernel(size);
+            const Picture expected =
+                blurDirection(blurDirection(input, kernel, true), kernel, false);
+            int worst = 0;
+            for (size_t i = 0; i < out.size(); ++i) {
+                worst = std::max(worst, std::abs(out[i] - static_cast<int>(expected.rgba[i])));
+            }
+            EXPECT_LE(worst, 1) << "kernel " << size << " seed " << seed;
+            pmDraw::deleteGaussianBlur(blur);
+        }
+        pmGL::deleteTexture(tex);
+    }
+}
+
+TEST_F(GaussianBlurTest, CreateAndDeleteLogTheirSteps) {
+    GaussianBlur blur;
+    LogCapture log;
+    ASSERT_TRUE(pmDraw::createGaussianBlur(blur, 7));
+    EXPECT_EQ(log.countEndingWith("> createGaussianBlur()"), 1);
+    EXPECT_EQ(log.countEndingWith("> createBaseFilter()"), 1);
+    EXPECT_EQ(log.countEndingWith("> createVertexArray()"), 1);
+    EXPECT_EQ(log.countEndingWith("> createGaussianBlur() end."), 1);
+    EXPECT_FALSE(blur.renderOpts.blend.enabled);
+    EXPECT_NE(blur.programs[0].id, 0u);
+    EXPECT_NE(blur.programs[1].id, 0u);
+    EXPECT_NE(blur.vertexArrays[1].id, 0u);
+    const unsigned programs[2] = {blur.programs[0].id, blur.programs[1].id};
+    log.clear();
+    pmDraw::deleteGaussianBlur(blur);
+    EXPECT_EQ(log.countEndingWith("> deleteGaussianBlur()"), 1);
+    EXPECT_EQ(log.countEndingWith("> deleteGaussianBlur() end."), 1);
+    EXPECT_FALSE(glIsProgram(programs[0]));
+    EXPECT_FALSE(glIsProgram(programs[1]));
+    EXPECT_EQ(blur.quad.id, 0u);
+}
+
+TEST_F(GaussianBlurTest, DrawBeforeCreateOrInputSaysOrDoesNothing) {
+    GaussianBlur blur;
+    LogCapture log;
+    pmDraw::drawGaussianBlur(blur);
+    EXPECT_EQ(log.countEndingWith("> Call createGaussianBlur first."), 1);
+    ASSERT_TRUE(pmDraw::createGaussianBlur(blur, 7));
+    gl->clearTarget(0.1f, 0.2f, 0.3f, 0.4f);
+    const std::vector<uint8_t> before = gl->readTarget();
+    log.clear();
+    pmDraw::drawGaussianBlur(blur);
+    EXPECT_TRUE(log.lines().empty());
+    EXPECT_EQ(gl->readTarget(), before);
+    pmDraw::deleteGaussianBlur(blur);
+}
+
+TEST_F(GaussianBlurTest, BufferFollowsTheInputSizeOnlyAtSetTexture) {
+    std::vector<uint8_t> pixels = makeTestPixels(8, 8, 4);
+    pmGL::Texture a = uploadPicture(pixels, 8, 8);
+    pmGL::Texture b = uploadPicture(pixels, 8, 8);
+    GaussianBlur blur;
+    ASSERT_TRUE(pmDraw::createGaussianBlur(blur, 7));
+    pmDraw::setTexture(blur, a, 0.0f);
+    const unsigned buffer = blur.buffer.id;
+    EXPECT_EQ(blur.buffer.width, 8);
+    EXPECT_EQ(blur.buffer.colorTex.at(0).opts.minFilter, GL_LINEAR);
+    pmDraw::setTexture(blur, b, 0.0f);
+    EXPECT_EQ(blur.buffer.id, buffer);
+    EXPECT_EQ(blur.inputTexture, &b);
+
+    // Resizing the input itself leaves the buffer at the old size.
+    std::vector<uint8_t> big = makeTestPixels(12, 6, 4);
+    pmUtil::ImageData<unsigned char> image(12, 6, 4, big.data());
+    pmGL::createTexture(b, image, pmGL::TextureOpts());
+    EXPECT_EQ(blur.buffer.width, 8);
+    EXPECT_EQ(blur.buffer.height, 8);
+
+    pmDraw::setTexture(blur, b, 0.0f);
+    EXPECT_EQ(blur.buffer.width, 12);
+    EXPECT_EQ(blur.buffer.height, 6);
+    // The following draw writes the new size: the horizontal pass set the
+    // viewport to the buffer.
+    gl->resizeTarget(12, 6);
+    pmDraw::drawGaussianBlur(blur);
+    GLint viewport[4];
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    EXPECT_EQ(viewport[2], 12);
+    pmDraw::deleteGaussianBlur(blur);
+    pmGL::deleteTexture(a);
+    pmGL::deleteTexture(b);
+}
+
+TEST_F(GaussianBlurTest, ScalarFlipTurnsTheOutputUpsideDownOnce) {
+    const int w = 8, h = 8;
+    gl->resizeTarget(w, h);
+    // Rows of one grey level each, so the vertical blur of a flipped picture
+    // equals the flipped blur.
+    std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 4);
+    for (int y = 0; y < h; ++y) {
+        for (int x = 0; x < w; ++x) {
+            for (int c = 0; c < 4; ++c) pixels[(y * w + x) * 4 + c] = static_cast<uint8_t>(y * 30);
+        }
+    }
+    pmGL::Texture tex = uploadPicture(pixels, w, h);
+    GaussianBlur blur;
+    ASSERT_TRUE(pmDraw::createGaussianBlur(blur, 3));
+    pmDraw::setTexture(blur, tex, 0.0f);
+    pmDraw::drawGaussianBlur(blur);
+    const std::vector<uint8_t> straight = gl->readTarget();
+    pmDraw::setTexture(blur, tex, 1.0f);
+    EXPECT_EQ(blur.flip, glm::vec2(0.0f, 1.0f));
+    pmDraw::drawGaussianBlur(blur);
+    const std::vector<uint8_t> flipped = gl->readTarget();
+    for (int y = 0; y < h; ++y) {
+        EXPECT_NEAR(flipped[(y * w) * 4], straight[((h - 1 - y) * w) * 4], 1) << y;
+    }
+    pmDraw::deleteGaussianBlur(blur);
+    pmGL::deleteTexture(tex);
+}
+
+TEST_F(GaussianBlurTest, SecondPassBlendsWhenTheOwnerEnabledBlending) {
+    const int w = 8, h = 8;
+    gl->resizeTarget(w, h);
+    std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 4, 200);
+    pmGL::Texture tex = uploadPicture(pixels, w, h);
+    GaussianBlur blur;
+    ASSERT_TRUE(pmDraw::createGaussianBlur(blur, 7));
+    pmGL::enableBlend(blur.renderOpts.blend);
+    pmGL::setBlendFunction(blur.renderOpts.blend, GL_ONE, GL_ONE, GL_ONE, GL_ONE);
+    pmDraw::setTexture(blur, tex, 0.0f);
+    gl->clearTarget(40 / 255.0f, 0, 0, 0);
+    pmDraw::drawGaussianBlur(blur);
+    const std::vector<uint8_t> out = gl->readTarget();
+    // Additive blend over the cleared target: 200 + 40 in red, 200 in green,
+    // and alpha saturates since the shader writes 1.
+    EXPECT_NEAR(out[0], 240, 1);
+    EXPECT_NEAR(out[1], 200, 1);
+    EXPECT_EQ(out[3], 255);
+    EXPECT_TRUE(blur.renderOpts.blend.enabled);
+    pmDraw::deleteGaussianBlur(blur);
+    pmGL::deleteTexture(tex);
+}
+
+TEST_F(GaussianBlurTest, DrawingAgainAtTheSameSizeCreatesNoGlObject) {
+    std::vector<uint8_t> pixels = makeTestPixels(16, 16, 4);
+    pmGL::Texture tex = uploadPicture(pixels, 16, 16);
+    GaussianBlur blur;
+    ASSERT_TRUE(pmDraw::createGaussianBlur(blur, 11));
+    pmDraw::setTexture(blur, tex, 0.0f);
+    pmDraw::drawGaussianBlur(blur);
+    // GL hands out each new name one above the last, deleted ones included:
+    // with no object made in between, the next probe is one further on.
+    std::vector<GLuint> expected = nextGLNames();
+    for (GLuint& name : expected) ++name;
+    for (int i = 0; i < 3; ++i) {
+        pmDraw::setTexture(blur, tex, 0.0f);
+        pmDraw::drawGaussianBlur(blur);
+    }
+    EXPECT_EQ(nextGLNames(), expected);
+    pmDraw::deleteGaussianBlur(blur);
+    pmGL::deleteTexture(tex);
+}
+
+}  // namespace
