@@ -273,4 +273,46 @@ TEST_F(ToolTest, MissingArgumentsAreRefused) {
     expectRefused(run("effect grey"), "IN");
 }
 
+struct KernelExpectation {
+    int size;
+    const char* sigma;
+    int steps;
+    const char* weights;
+    const char* offsets;
+};
+
+TEST_F(ToolTest, KernelPrintsTheTableOfTheSmallSizes) {
+    const KernelExpectation table[] = {
+        {3, "0.23", 1, "0.50000", "0.01742"},
+        {7, "0.68", 2, "0.44908 0.05092", "0.53805 2.06278"},
+        {11, "1.13", 3, "0.33023 0.15701 0.01276", "0.62184 2.27310 4.14653"},
+        {15, "1.59", 4, "0.24961 0.19246 0.05148 0.00645", "0.64434 2.37885 4.29111 6.21661"},
+    };
+    for (const KernelExpectation& row : table) {
+        RunResult result = run("kernel " + std::to_string(row.size));
+        ASSERT_EQ(result.status, 0) << result.err;
+        const std::string expected = "kernel size " + std::to_string(row.size) + "\nsigma    " +
+                                     row.sigma + "\nsteps    " + std::to_string(row.steps) +
+                                     "\nweights  " + row.weights + "\noffsets  " + row.offsets +
+                                     "\n";
+        EXPECT_EQ(result.out, expected);
+    }
+}
+
+TEST_F(ToolTest, KernelOfLargerSizesFindsTheirSigma) {
+    RunResult k31 = run("kernel 31");
+    EXPECT_NE(k31.out.find("sigma    3.41\nsteps    8\n"), std::string::npos) << k31.out;
+    RunResult k63 = run("kernel 63");
+    EXPECT_NE(k63.out.find("sigma    7.05\nsteps    16\n"), std::string::npos) << k63.out;
+}
+
+TEST_F(ToolTest, KernelSnapsToAUsableSizeAndPrintsTheShaderText) {
+    RunResult result = run("kernel 9 --glsl");
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out.rfind("kernel size 11 (asked for 9)\n", 0), 0u) << result.out;
+    EXPECT_NE(result.out.find("const int stepCount = 3;"), std::string::npos);
+    EXPECT_NE(result.out.find("vec4 GaussianBlur(sampler2D tex0"), std::string::npos);
+    expectRefused(run("kernel many"), "N");
+}
+
 }  // namespace
