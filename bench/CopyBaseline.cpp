@@ -79,6 +79,19 @@ void finishFrame() {
 
 double copyPassMilliseconds() {
     using Clock = std::chrono::steady_clock;
+    // Into a full-size target of its own, whatever the caller has bound.
+    GLint previousFramebuffer = 0;
+    GLint previousViewport[4];
+    glGetIntegerv(GL_FRAMEBUFFER_BINDING, &previousFramebuffer);
+    glGetIntegerv(GL_VIEWPORT, previousViewport);
+    GLuint texture = 0, framebuffer = 0;
+    glGenTextures(1, &texture);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glTexStorage2D(GL_TEXTURE_2D, 1, GL_RGBA8, kWidth, kHeight);
+    glGenFramebuffers(1, &framebuffer);
+    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+    glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, texture, 0);
+    glViewport(0, 0, kWidth, kHeight);
     CopyPass copy(makeTestPixels(kWidth, kHeight, 4));
     copy.draw();
     finishFrame();
@@ -88,5 +101,10 @@ double copyPassMilliseconds() {
         copy.draw();
         finishFrame();
     }
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count() / rounds;
+    const double ms = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+    glBindFramebuffer(GL_FRAMEBUFFER, previousFramebuffer);
+    glViewport(previousViewport[0], previousViewport[1], previousViewport[2], previousViewport[3]);
+    glDeleteFramebuffers(1, &framebuffer);
+    glDeleteTextures(1, &texture);
+    return ms / rounds;
 }

@@ -34,9 +34,25 @@ void finishFrame();
 // The baseline of this run: mean time of one full-size copy pass.
 double copyPassMilliseconds();
 
-// Times `frame` per iteration and reports it also as a multiple of the copy pass.
+// Mean time of `frame` over `rounds` runs, after one untimed run that lets
+// the renderer build its shader variants.
 template <typename Frame>
-void runAgainstCopy(benchmark::State& state, Frame frame) {
+double meanMilliseconds(Frame&& frame, int rounds) {
+    using Clock = std::chrono::steady_clock;
+    frame();
+    finishFrame();
+    const Clock::time_point start = Clock::now();
+    for (int i = 0; i < rounds; ++i) {
+        frame();
+        finishFrame();
+    }
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count() / rounds;
+}
+
+// Times `frame` per iteration, reports it also as a multiple of the copy pass,
+// and gives back its mean time in milliseconds.
+template <typename Frame>
+double runAgainstCopy(benchmark::State& state, Frame frame) {
     using Clock = std::chrono::steady_clock;
     const double copyMs = copyPassMilliseconds();
     // The first frame builds the renderer's shader variants: not timed.
@@ -49,8 +65,18 @@ void runAgainstCopy(benchmark::State& state, Frame frame) {
         finishFrame();
         totalMs += std::chrono::duration<double, std::milli>(Clock::now() - start).count();
     }
+    const double meanMs = totalMs / static_cast<double>(state.iterations());
     state.counters["copy_ms"] = copyMs;
-    state.counters["x_copy"] = totalMs / static_cast<double>(state.iterations()) / copyMs;
+    state.counters["x_copy"] = meanMs / copyMs;
+    return meanMs;
+}
+
+// The same, and also as a multiple of a floor measured just before.
+template <typename Frame>
+void runAgainstFloor(benchmark::State& state, double floorMs, Frame frame) {
+    const double meanMs = runAgainstCopy(state, frame);
+    state.counters["floor_ms"] = floorMs;
+    state.counters["x_floor"] = meanMs / floorMs;
 }
 
 #endif

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The main job on a fresh machine: install what is missing, build, and turn a
-# real photograph grey with the pixmora tool, writing under out/.
+# real photograph grey and into a soft background with the pixmora tool,
+# writing under out/.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
@@ -9,3 +10,5 @@ mkdir -p out
 photo=/usr/share/backgrounds/mate/nature/Storm.jpg
 ./build/tools/pixmora effect grey "$photo" out/storm-grey.png
 echo "wrote out/storm-grey.png"
+./build/tools/pixmora blur "$photo" out/storm-blur.png --intensity 40 --dim 0.8
+echo "wrote out/storm-blur.png"

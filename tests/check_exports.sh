@@ -6,7 +6,15 @@ lib="$1"
 symbols=$(nm -D --defined-only -C "$lib" | awk '{ $1=""; $2=""; print substr($0, 3) }')
 fail=0
 for name in pmPhotoFilterCreate pmPhotoFilterDelete pmPhotoFilterSetBuffer \
-            pmPhotoFilterSetFlipMode pmPhotoFilterDraw PrintLog; do
+            pmPhotoFilterSetFlipMode pmPhotoFilterDraw PrintLog \
+            pmPhotoFilterSetNativeBuffer pmPhotoFilterSetNativeDisplayInfo \
+            pmSetEGLDisplay pmEnableInternalGLContext pmDisableInternalGLContext \
+            pmBlurFilterCreate pmBlurFilterCreateWithKernelSize pmBlurFilterDelete \
+            pmBlurFilterSetBuffer pmBlurFilterSetBufferWithTexture pmBlurFilterSetBufferYUV444 \
+            pmBlurFilterSetInputBuffer pmBlurFilterSetOutputBuffer pmBlurFilterSetRenderArea \
+            pmBlurFilterSetNativeBuffer pmBlurFilterSetNativeDisplayInfo pmBlurFilterDraw \
+            pmBlurFilterSetBlurIntensity pmBlurFilterSetBlurDimming pmBlurFilterSetBlurMixColor \
+            pmBlurFilterSetDithering pmBlurFilterSetInterpolation pmBlurFilterSetFlipMode; do
   if ! grep -qx "$name" <<<"$symbols"; then echo "missing export: $name"; fail=1; fi
 done
 for prefix in 'pmGL::' 'pmDraw::' 'pmUtil::' 'pmMesh::' 'pmStb::'; do

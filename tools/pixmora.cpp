@@ -1,4 +1,5 @@
-// pixmora: applies a photo effect of the library to an image file.
+// pixmora: applies the library's photo effects and background blur to image
+// files, and shows the blur kernel it uses.
 //
 // The tool makes its own headless GL ES 3 context and framebuffer, and talks
 // to the library only through its exported C functions; image files are read
@@ -12,6 +13,7 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -339,6 +341,110 @@ void addEffectCommand(CLI::App& app, EffectRequest& request) {
     effect->callback([&request] { runEffect(request); });
 }
 
+// --- Background blur ----------------------------------------------------------
+
+struct BlurRequest {
+    std::string input;
+    std::string output;
+    float intensity = 40.0f;
+    float dim = 1.0f;
+    std::string mix = "0,0,0,0";
+    int kernel = 35;
+    std::string flip = "none";
+};
+
+// The display alone: the blur runs on the library's own private context, so
+// the tool makes no context of its own.
+class HeadlessDisplay {
+public:
+    HeadlessDisplay() {
+        display = eglGetPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA,
+                                        reinterpret_cast<void*>(EGL_DEFAULT_DISPLAY), nullptr);
+        if (display == EGL_NO_DISPLAY || !eglInitialize(display, nullptr, nullptr)) {
+            throw ToolError("cannot open a headless EGL display");
+        }
+    }
+    ~HeadlessDisplay() { eglTerminate(display); }
+    HeadlessDisplay(const HeadlessDisplay&) = delete;
+    HeadlessDisplay& operator=(const HeadlessDisplay&) = delete;
+
+    EGLDisplay display = EGL_NO_DISPLAY;
+};
+
+std::vector<float> parseMixColor(const std::string& text) {
+    std::vector<float> values;
+    std::string item;
+    std::istringstream stream(text);
+    while (std::getline(stream, item, ',')) {
+        try {
+            size_t used = 0;
+            values.push_back(std::stof(item, &used));
+            if (used != item.size()) values.clear();
+        } catch (const std::exception&) {
+            values.clear();
+        }
+        if (values.empty()) break;
+    }
+    if (values.size() != 4) throw ToolError("--mix wants four numbers R,G,B,A, got '" + text + "'");
+    return values;
+}
+
+// Blurs RGBA pixels and reads the result back through the library, bottom
+// row first as GL keeps it.
+std::vector<unsigned char> renderBlur(const BlurRequest& request, std::vector<unsigned char>& rgba,
+                                      int width, int height) {
+    const std::vector<float> mix = parseMixColor(request.mix);
+    HeadlessDisplay headless;
+    pmSetEGLDisplay(headless.display);
+    pmEnableInternalGLContext();
+    pmFilterObject blur{PM_BLUR_PHOTO,
+                        pmBlurFilterCreateWithKernelSize(PM_BLUR_PHOTO, request.kernel)};
+    if (blur.handler == nullptr) throw ToolError("the library cannot create the blur");
+    pmBlurFilterSetBuffer(blur, rgba.data(), width, height, 4);
+    pmBlurFilterSetBlurIntensity(blur, request.intensity);
+    pmBlurFilterSetBlurDimming(blur, request.dim);
+    pmBlurFilterSetBlurMixColor(blur, mix[0], mix[1], mix[2], mix[3]);
+    pmBlurFilterSetFlipMode(blur, flipMode(request.flip));
+    std::vector<unsigned char> out(static_cast<size_t>(width) * height * 4);
+    pmBlurFilterSetOutputBuffer(blur, {COLOR_TYPE_RGBA, out.data(), width, height});
+    pmBlurFilterDelete(&blur);
+    return out;
+}
+
+void runBlur(const BlurRequest& request) {
+    checkOutputExtension(request.output);
+    Image input = loadInput(request.input);
+    const int width = input.width;
+    const int height = input.height;
+    std::vector<unsigned char> rgba = toRgba(input);
+    pmUtil::deleteImageData(input);
+    std::vector<unsigned char> pixels = fromRgba(renderBlur(request, rgba, width, height), 3);
+    const bool bottomRowFirst = true;
+    if (!pmStb::saveImage(request.output, Image(width, height, 3, pixels.data()), bottomRowFirst)) {
+        throw ToolError("cannot write image '" + request.output + "'");
+    }
+}
+
+void addBlurCommand(CLI::App& app, BlurRequest& request) {
+    CLI::App* blur =
+        app.add_subcommand("blur", "Make a soft, dimmed, dithered background of an image file");
+    blur->add_option("IN", request.input, "Input image: PNG, JPEG, BMP or TGA")->required();
+    blur->add_option("OUT", request.output, "Output image: .png, .jpg, .bmp or .tga")->required();
+    blur->add_option("--intensity", request.intensity, "Blur degree, 1 to 50")
+        ->capture_default_str();
+    blur->add_option("--dim", request.dim, "Brightness, 0 (black) to 1 (unchanged)")
+        ->capture_default_str();
+    blur->add_option("--mix", request.mix, "Colour mixed in by its own alpha: R,G,B,A, 0 to 1")
+        ->capture_default_str();
+    blur->add_option("--kernel", request.kernel, "Kernel size; rounded to 7, 11, 15, ...")
+        ->capture_default_str();
+    blur->add_option("--flip", request.flip, "Mirror the picture: h horizontally, v vertically")
+        ->check(CLI::IsMember(flipNames()))
+        ->capture_default_str();
+    blur->fallthrough();
+    blur->callback([&request] { runBlur(request); });
+}
+
 // --- Kernel inspector -------------------------------------------------------------
 
 struct KernelRequest {
@@ -391,6 +497,8 @@ int main(int argc, char** argv) {
     app.add_flag("-v,--verbose", showLibraryLog, "Show the library's log lines on stderr");
     EffectRequest request;
     addEffectCommand(app, request);
+    BlurRequest blurRequest;
+    addBlurCommand(app, blurRequest);
     KernelRequest kernelRequest;
     addKernelCommand(app, kernelRequest);
     try {

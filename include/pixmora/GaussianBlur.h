@@ -98,6 +98,50 @@ void setColor(CustomGaussianBlur& context, const glm::vec4& color);
 void setMixColor(CustomGaussianBlur& context, const glm::vec4& color);
 void drawCustomGaussianBlur(CustomGaussianBlur& context);
 
+// Blurs a video at a lower rate than the screen is drawn. setVideoCapture
+// scales one frame down, blurs it and keeps the result in the latest of three
+// rotating buffers; draw only mixes the previous capture with the latest one,
+// so a display faster than the blur still gets a smooth picture. All three
+// buffers follow the scaled size together and start black.
+class PM_VISIBLE VideoGaussianBlur {
+public:
+    bool initialize(int kernelSize);
+    void finalize();
+    // Capture from a texture, from colorTex[0] of a framebuffer, or from
+    // pixels uploaded into captureTexture first. The flip is applied once, in
+    // the blur; the float forms flip the vertical axis only.
+    void setVideoCapture(pmGL::Texture& tex, glm::vec2 flip);
+    void setVideoCapture(pmGL::FrameBuffer& fb, glm::vec2 flip);
+    void setVideoCapture(const pmUtil::ImageData<unsigned char>& image, glm::vec2 flip);
+    void setVideoCapture(pmGL::Texture& tex, float flip);
+    void setVideoCapture(pmGL::FrameBuffer& fb, float flip);
+    void setVideoCapture(const pmUtil::ImageData<unsigned char>& image, float flip);
+    // Draws into the bound framebuffer: weight 0 shows the previous capture,
+    // 1 the latest; with one capture only, the latest at full weight.
+    void draw(float weight);
+    // Forgets the captures; the buffers and their pictures stay.
+    void reset();
+    void setScaleFactor(float value);
+    void setArea(const glm::vec2& pos0, const glm::vec2& pos1, const glm::vec2& tex0,
+                 const glm::vec2& tex1);
+    void setColor(const glm::vec4& color);
+    void setMixColor(const glm::vec4& color);
+    void setAlphaMultiplier(float alpha);
+
+    NoFilter singleCompositing;
+    DualTextureFilter dualCompositing;
+    GaussianBlur blur;
+    pmGL::Texture captureTexture;
+    pmGL::FrameBuffer previousBuffer;
+    pmGL::FrameBuffer latestBuffer;
+    pmGL::FrameBuffer scaledBuffer;
+    // 2: nothing captured yet, 1: one capture, 0: two or more.
+    int pendingCaptures = 2;
+    float scaleFactor = 1.0f;
+    // The "uDithering" switch of the output pass; the owner writes it directly.
+    bool dithering = true;
+};
+
 }  // namespace pmDraw
 
 #endif

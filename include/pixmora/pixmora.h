@@ -8,6 +8,10 @@
 
 #include "pmExport.h"
 
+#ifndef __cplusplus
+#include <stdbool.h>
+#endif
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -32,6 +36,33 @@ typedef enum {
     COLOR_TYPE_YUVA_PLANAR = 4,
     COLOR_TYPE_YUV444P = 5
 } __ColorType;
+
+/* Blur type codes for pmBlurFilterCreate. */
+enum { PM_BLUR_PHOTO = 0, PM_BLUR_VIDEO = 1 };
+
+/* A picture of the caller's for the blur: `colorType` is a __ColorType code;
+ * an output buffer must hold width * height * 4 bytes whatever the type. */
+typedef struct {
+    int colorType;
+    unsigned char* buffer;
+    int width;
+    int height;
+} pmBlurBuffer;
+
+/* Three full-size planes of one byte per pixel each. */
+typedef struct {
+    unsigned char* y;
+    unsigned char* u;
+    unsigned char* v;
+    int width;
+    int height;
+} pmBlurBufferYUV444;
+
+/* A point in normalised units, 0.0 to 1.0 across the picture. */
+typedef struct {
+    float x;
+    float y;
+} pmVec2;
 
 /* Photo effect type codes for pmPhotoFilterCreate. */
 enum {
@@ -68,6 +99,40 @@ PM_API void pmPhotoFilterSetNativeBuffer(pmFilterObject object, struct _tbm_surf
 /* Gives the object the EGL display that native surfaces are imported on.
  * Touches no context, so it may be called at any time. */
 PM_API void pmPhotoFilterSetNativeDisplayInfo(pmFilterObject object, void* display);
+
+/* Background blur of a still (PM_BLUR_PHOTO) or of a stream of frames
+ * (PM_BLUR_VIDEO). Create returns null for an unknown type. The kernel size is
+ * rounded to the nearest of 7, 11, 15, ...; 35 is the default. */
+PM_API void* pmBlurFilterCreate(unsigned type);
+PM_API void* pmBlurFilterCreateWithKernelSize(unsigned type, int kernelSize);
+PM_API void pmBlurFilterDelete(pmFilterObject* object);
+/* Input pixels, RGB when channels is 3 and RGBA otherwise; for a video blur
+ * each input call is a new frame. */
+PM_API void pmBlurFilterSetBuffer(pmFilterObject object, unsigned char* buffer, int width,
+                                  int height, int channels);
+/* A GL texture of the caller's context as input; it is copied, not kept. */
+PM_API void pmBlurFilterSetBufferWithTexture(pmFilterObject object, unsigned textureId, int width,
+                                             int height, unsigned format, unsigned type);
+PM_API void pmBlurFilterSetBufferYUV444(pmFilterObject object, pmBlurBufferYUV444 planes);
+/* Interleaved three-channel luma and chroma input, whatever colorType says. */
+PM_API void pmBlurFilterSetInputBuffer(pmFilterObject object, pmBlurBuffer input);
+/* Still blur only: blurs at width x height and reads the result, four bytes a
+ * pixel, into output.buffer. */
+PM_API void pmBlurFilterSetOutputBuffer(pmFilterObject object, pmBlurBuffer output);
+/* Video blur only: the part of the target drawn and of the picture sampled. */
+PM_API void pmBlurFilterSetRenderArea(pmFilterObject object, pmVec2 lower, pmVec2 upper);
+PM_API void pmBlurFilterSetNativeBuffer(pmFilterObject object, struct _tbm_surface* surface);
+PM_API void pmBlurFilterSetNativeDisplayInfo(pmFilterObject object, void* display);
+/* Draws the blur into the framebuffer bound on this thread. */
+PM_API void pmBlurFilterDraw(pmFilterObject object, int width, int height);
+/* Intensity 1 to 50, dimming 0 to 1 (0 is black), mix colour components 0 to 1. */
+PM_API void pmBlurFilterSetBlurIntensity(pmFilterObject object, float intensity);
+PM_API void pmBlurFilterSetBlurDimming(pmFilterObject object, float dimming);
+PM_API void pmBlurFilterSetBlurMixColor(pmFilterObject object, float r, float g, float b, float a);
+/* Video blur only: dithering against banding, cross-fading between frames. */
+PM_API void pmBlurFilterSetDithering(pmFilterObject object, bool enabled);
+PM_API void pmBlurFilterSetInterpolation(pmFilterObject object, bool enabled);
+PM_API void pmBlurFilterSetFlipMode(pmFilterObject object, int mode);
 
 /* The display on which the library makes its private per-thread contexts.
  * Without it, the display current at a thread's first Create is used. */

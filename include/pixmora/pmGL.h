@@ -110,6 +110,14 @@ struct VertexArray {
     bool indexed = false;
 };
 
+// A buffer object on GL_UNIFORM_BUFFER, for the uniform blocks of a program.
+struct UniformBuffer {
+    unsigned id = 0;
+    unsigned bindingPoint = 0;
+    int size = 0;
+    unsigned usage = GL_DYNAMIC_DRAW;
+};
+
 struct Uniform {
     int location = -1;
     int size = 0;
@@ -361,6 +369,32 @@ void createVertexArray(VertexArray& va, const VertexBuffer& vb, const Program& p
 void deleteVertexArray(VertexArray& va);
 void drawVertexArray(const VertexArray& va, std::size_t instanceCount);
 
+// Indexed form: `count` becomes the index count and `indexType` follows
+// `indexSize` (1, 2 or 4 bytes). The index buffer is always GL_STATIC_DRAW.
+void createVertexBuffer(VertexBuffer& vb, std::size_t vertexSize, std::size_t vertexCount,
+                        const void* vertices, std::size_t indexSize, std::size_t indexCount,
+                        const void* indices, unsigned usage, unsigned mode,
+                        const std::vector<VertexAttribute>& attributes);
+// True when `vb` exists and holds `count` vertices (or indices when indexed).
+bool checkVertexBuffer(const VertexBuffer& vb, std::size_t count);
+// Adds the attributes of `vb` to the vertex array, such as the per-instance
+// attributes of a PM_INSTANCED_ARRAY buffer beside the array's own vertices.
+void enableVertexBuffer(VertexArray& va, const VertexBuffer& vb, const Program& program);
+// Draws without a vertex array: the attributes are pointed, drawn and disabled
+// again. The first form uses the current program and does nothing without one.
+void drawVertexBuffer(const VertexBuffer& vb, std::size_t instanceCount);
+void drawVertexBuffer(const VertexBuffer& vb, const Program& program, std::size_t instanceCount);
+// Draws vertices (and indices when `indexCount` is not 0) from client memory;
+// a bound array buffer, and with indices a bound element buffer, is unbound
+// first. The attributes' `normalized` flags are not used.
+void drawImmediate(unsigned mode, const std::vector<VertexAttribute>& attributes,
+                   std::size_t vertexCount, const void* vertices, std::size_t indexCount,
+                   const void* indices, unsigned indexType);
+void drawImmediate(const Program& program, unsigned mode,
+                   const std::vector<VertexAttribute>& attributes, std::size_t vertexCount,
+                   const void* vertices, std::size_t indexCount, const void* indices,
+                   unsigned indexType);
+
 template <typename V>
 void createVertexBuffer(VertexBuffer& vb, const TriangleStripMesh<V>& mesh,
                         unsigned usage = GL_STATIC_DRAW) {
@@ -372,6 +406,72 @@ template <typename V>
 void updateVertexBuffer(VertexBuffer& vb, const TriangleStripMesh<V>& mesh) {
     updateVertexBuffer(vb, sizeof(V), mesh.vertices.size(), mesh.vertices.data());
 }
+
+template <typename V>
+void createVertexBuffer(VertexBuffer& vb, const TriangleFanMesh<V>& mesh,
+                        unsigned usage = GL_STATIC_DRAW) {
+    createVertexBuffer(vb, sizeof(V), mesh.vertices.size(), mesh.vertices.data(), usage,
+                       GL_TRIANGLE_FAN, mesh.attributes);
+}
+
+template <typename V>
+void updateVertexBuffer(VertexBuffer& vb, const TriangleFanMesh<V>& mesh) {
+    updateVertexBuffer(vb, sizeof(V), mesh.vertices.size(), mesh.vertices.data());
+}
+
+static_assert(sizeof(IndexedTriangle) == 3 * sizeof(unsigned short),
+              "triangles are read by GL as a plain list of 16-bit indices");
+
+template <typename V>
+void createVertexBuffer(VertexBuffer& vb, const IndexedTriangleMesh<V>& mesh,
+                        unsigned usage = GL_STATIC_DRAW) {
+    createVertexBuffer(vb, sizeof(V), mesh.vertices.size(), mesh.vertices.data(),
+                       sizeof(unsigned short), mesh.triangles.size() * 3, mesh.triangles.data(),
+                       usage, GL_TRIANGLES, mesh.attributes);
+}
+
+template <typename V>
+void updateVertexBuffer(VertexBuffer& vb, const IndexedTriangleMesh<V>& mesh) {
+    updateVertexBuffer(vb, sizeof(V), mesh.vertices.size(), mesh.vertices.data());
+}
+
+template <typename V>
+void createVertexBuffer(VertexBuffer& vb, const IndexedTriangleStripMesh<V>& mesh,
+                        unsigned usage = GL_STATIC_DRAW) {
+    createVertexBuffer(vb, sizeof(V), mesh.vertices.size(), mesh.vertices.data(),
+                       sizeof(unsigned short), mesh.indices.size(), mesh.indices.data(), usage,
+                       GL_TRIANGLE_STRIP, mesh.attributes);
+}
+
+template <typename V>
+void updateVertexBuffer(VertexBuffer& vb, const IndexedTriangleStripMesh<V>& mesh) {
+    updateVertexBuffer(vb, sizeof(V), mesh.vertices.size(), mesh.vertices.data());
+}
+
+// ---- uniform buffers
+// A buffer of `size` bytes with no data; its binding point starts at 0.
+void createUniformBuffer(UniformBuffer& ub, int size, unsigned usage);
+// Sized for the program's block, which is tied to `bindingPoint`, and the
+// buffer bound there. A binding point of 0 makes no binding call: 0 is where a
+// new buffer already counts itself bound.
+void createUniformBuffer(UniformBuffer& ub, const Program& program, const char* blockName,
+                         int bindingPoint, unsigned usage);
+void createUniformBuffer(UniformBuffer& ub, const Program& program, const std::string& blockName,
+                         int bindingPoint, unsigned usage);
+// Nothing happens when the record already holds `bindingPoint`.
+void bindUniformBuffer(UniformBuffer& ub, unsigned bindingPoint);
+void updateUniformBuffer(UniformBuffer& ub, int offset, int size, const void* data);
+void updateUniformBuffer(UniformBuffer& ub, const void* data);
+void deleteUniformBuffer(UniformBuffer& ub);
+
+// ---- small queries
+// True as soon as one extension's name differs from `name`, so with two or more
+// extensions any name gives true. Null or no extensions give false.
+bool checkExtension(const char* name);
+glm::ivec4 getViewport();
+void setViewport(const glm::ivec4& viewport);
+// Cube map seams need no switch on GL ES 3: nothing to do.
+void useCubemapSeamless();
 
 // ---- uniform data
 void setUniformData(UniformData& data, const std::string& name, const Texture& value);

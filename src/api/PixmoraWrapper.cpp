@@ -1,30 +1,44 @@
 // The exported C entry points of the photo effects. Each one that touches GL
 // puts its work inside the context bracket and never lets a failure reach
 // the caller other than as a null result from Create.
+#include "PixmoraWrapper.h"
 #include "pixmora.h"
-#include "pmFilters.h"
-#include "pmGLContextManager.h"
+
+namespace pmWrapper {
+
+void deleteInContext(pmFilters::FilterCommon* filter) {
+    inContext([&] {
+        filter->Terminate();
+        delete filter;
+    });
+    pmGL::GLContextManager* manager = pmGL::GLContextManager::GetInstancePtr();
+    if (manager) manager->Terminate();
+}
+
+glm::vec2 flipForMode(int mode, int priority) {
+    switch (mode) {
+        case PM_FLIP_H:
+            PM_LOG_AT(priority, "FlipMode [H Flip]");
+            return glm::vec2(1.0f, 1.0f);
+        case PM_FLIP_V:
+            PM_LOG_AT(priority, "FlipMode [V Flip]");
+            return glm::vec2(0.0f, 0.0f);
+        case PM_FLIP_HV:
+            PM_LOG_AT(priority, "FlipMode [HV Flip]");
+            return glm::vec2(1.0f, 0.0f);
+        default:
+            PM_LOG_AT(priority, "FlipMode [None]");
+            return glm::vec2(0.0f, 1.0f);
+    }
+}
+
+}  // namespace pmWrapper
 
 namespace {
 
 using pmFilters::FilterCommon;
-
-FilterCommon* objectOf(const pmFilterObject& object) {
-    return static_cast<FilterCommon*>(object.handler);
-}
-
-using pmGL::GLContextManager;
-
-// Runs an entry point's GL work between Bind and Unbind of the calling
-// thread's private context. Bind does nothing while the internal context is
-// disabled or the thread has none; the work then runs on the caller's context.
-template <typename Work>
-void inContext(Work&& work) {
-    GLContextManager* manager = GLContextManager::GetInstancePtr();
-    if (manager) manager->Bind();
-    work();
-    if (manager) manager->Unbind();
-}
+using pmWrapper::inContext;
+using pmWrapper::objectOf;
 
 FilterCommon* newPhotoFilter(unsigned type) {
     switch (type) {
@@ -41,40 +55,13 @@ FilterCommon* newPhotoFilter(unsigned type) {
     return nullptr;
 }
 
-glm::vec2 flipForMode(int mode) {
-    switch (mode) {
-        case PM_FLIP_H:
-            PM_LOGI("FlipMode [H Flip]");
-            return glm::vec2(1.0f, 1.0f);
-        case PM_FLIP_V:
-            PM_LOGI("FlipMode [V Flip]");
-            return glm::vec2(0.0f, 0.0f);
-        case PM_FLIP_HV:
-            PM_LOGI("FlipMode [HV Flip]");
-            return glm::vec2(1.0f, 0.0f);
-        default:
-            PM_LOGI("FlipMode [None]");
-            return glm::vec2(0.0f, 1.0f);
-    }
-}
-
 }  // namespace
 
 extern "C" {
 
 PM_API void* pmPhotoFilterCreate(unsigned type) {
     PM_LOGE("pmPhotoFilterCreate() - Type : %d", type);
-    // The thread's reference is taken even when no object comes of it; only
-    // Delete gives references back.
-    GLContextManager* manager = GLContextManager::GetInstancePtr();
-    if (manager) manager->Initialize();
-    FilterCommon* filter = nullptr;
-    inContext([&] {
-        filter = newPhotoFilter(type);
-        // A failed Initialize still yields a handler; the object stays inert.
-        if (filter) filter->Initialize();
-    });
-    return filter;
+    return pmWrapper::createInContext([type] { return newPhotoFilter(type); });
 }
 
 PM_API void pmPhotoFilterDelete(pmFilterObject* object) {
@@ -83,13 +70,7 @@ PM_API void pmPhotoFilterDelete(pmFilterObject* object) {
         return;
     }
     PM_LOGE("pmPhotoFilterDelete() - start to delete");
-    FilterCommon* filter = objectOf(*object);
-    inContext([&] {
-        filter->Terminate();
-        delete filter;
-    });
-    GLContextManager* manager = GLContextManager::GetInstancePtr();
-    if (manager) manager->Terminate();
+    pmWrapper::deleteInContext(objectOf(*object));
     object->handler = nullptr;
     PM_LOGE("pmPhotoFilterDelete() - finish to delete");
 }
@@ -108,7 +89,7 @@ PM_API void pmPhotoFilterSetBuffer(pmFilterObject object, unsigned char* buffer,
 PM_API void pmPhotoFilterSetFlipMode(pmFilterObject object, int mode) {
     FilterCommon* filter = objectOf(object);
     if (filter == nullptr) return;
-    const glm::vec2 flip = flipForMode(mode);
+    const glm::vec2 flip = pmWrapper::flipForMode(mode, PM_PRIO_INFO);
     inContext([&] { filter->SetFlip(flip); });
 }
 
@@ -137,18 +118,18 @@ PM_API void pmPhotoFilterSetNativeDisplayInfo(pmFilterObject object, void* displ
 }
 
 PM_API void pmSetEGLDisplay(void* display) {
-    GLContextManager* manager = GLContextManager::GetInstancePtr();
+    pmGL::GLContextManager* manager = pmGL::GLContextManager::GetInstancePtr();
     if (manager) manager->SetEGLDisplay(display);
 }
 
 PM_API void pmEnableInternalGLContext(void) {
-    GLContextManager* manager = GLContextManager::GetInstancePtr();
+    pmGL::GLContextManager* manager = pmGL::GLContextManager::GetInstancePtr();
     if (manager) manager->Enable();
     PM_LOGE("Enable internal GLContext.");
 }
 
 PM_API void pmDisableInternalGLContext(void) {
-    GLContextManager* manager = GLContextManager::GetInstancePtr();
+    pmGL::GLContextManager* manager = pmGL::GLContextManager::GetInstancePtr();
     if (manager) manager->Disable();
     PM_LOGE("Disable internal GLContext.");
 }

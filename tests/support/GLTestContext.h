@@ -68,9 +68,22 @@ protected:
 };
 
 // The names GL hands out next, one each of texture, framebuffer, buffer,
-// vertex array and program. GL gives each new name one above the last, so
-// with no object made in between, the next call gives each of these plus one.
+// vertex array and program.
 std::vector<GLuint> nextGLNames();
+
+// Whether `work` leaves a new GL object behind: the names GL hands out move
+// on by the same step with and without it only when it made none.
+template <typename Work>
+bool makesNoGLObject(Work&& work) {
+    const std::vector<GLuint> first = nextGLNames();
+    const std::vector<GLuint> second = nextGLNames();
+    work();
+    const std::vector<GLuint> third = nextGLNames();
+    for (size_t i = 0; i < first.size(); ++i) {
+        if (third[i] - second[i] != second[i] - first[i]) return false;
+    }
+    return true;
+}
 
 // Deterministic test pixels: width * height * channels bytes.
 std::vector<uint8_t> makeTestPixels(int width, int height, int channels, unsigned seed = 1);

@@ -315,4 +315,57 @@ TEST_F(ToolTest, KernelSnapsToAUsableSizeAndPrintsTheShaderText) {
     expectRefused(run("kernel many"), "N");
 }
 
+TEST_F(ToolTest, BlurOfAConstantPictureIsThatPicture) {
+    const int w = 40, h = 30;
+    std::vector<unsigned char> pixels(static_cast<size_t>(w) * h * 3);
+    for (size_t i = 0; i < pixels.size(); i += 3) {
+        pixels[i] = 200;
+        pixels[i + 1] = 120;
+        pixels[i + 2] = 40;
+    }
+    ASSERT_TRUE(pmStb::saveImage(path("flat.png"), Image(w, h, 3, pixels.data()), false));
+    RunResult result = run("blur " + quoted(path("flat.png")) + " " + quoted(path("soft.png")) +
+                           " --intensity 10");
+    ASSERT_EQ(result.status, 0) << result.err;
+    Image out = pmStb::loadImage(path("soft.png"), false);
+    ASSERT_EQ(out.width, w);
+    ASSERT_EQ(out.height, h);
+    for (int i = 0; i < w * h; ++i) {
+        ASSERT_NEAR(out.data[i * out.channel], 200, 1);
+        ASSERT_NEAR(out.data[i * out.channel + 2], 40, 1);
+    }
+    pmUtil::deleteImageData(out);
+}
+
+TEST_F(ToolTest, BlurKeepsTheOrientationAndAppliesDimAndMix) {
+    const int w = 32, h = 32;
+    std::vector<unsigned char> pixels(static_cast<size_t>(w) * h * 3, 0);
+    for (int y = 0; y < h / 2; ++y) {
+        for (int x = 0; x < w * 3; ++x) pixels[y * w * 3 + x] = 250;  // bright top half
+    }
+    ASSERT_TRUE(pmStb::saveImage(path("half.png"), Image(w, h, 3, pixels.data()), false));
+    RunResult result = run("blur " + quoted(path("half.png")) + " " + quoted(path("soft.png")) +
+                           " --intensity 1 --kernel 7");
+    ASSERT_EQ(result.status, 0) << result.err;
+    Image out = pmStb::loadImage(path("soft.png"), false);
+    EXPECT_GT(out.data[0], 200);                                              // top row bright
+    EXPECT_LT(out.data[(static_cast<size_t>(h) - 1) * w * out.channel], 50);  // bottom dark
+    pmUtil::deleteImageData(out);
+    result =
+        run("blur " + quoted(path("half.png")) + " " + quoted(path("red.png")) + " --mix 1,0,0,1");
+    ASSERT_EQ(result.status, 0) << result.err;
+    out = pmStb::loadImage(path("red.png"), false);
+    EXPECT_GE(out.data[0], 254);
+    EXPECT_LE(out.data[1], 1);
+    pmUtil::deleteImageData(out);
+}
+
+TEST_F(ToolTest, BlurRefusesAMalformedMixColour) {
+    writeInput("in.png", 4, 4, 3);
+    expectRefused(
+        run("blur " + quoted(path("in.png")) + " " + quoted(path("out.png")) + " --mix 1,2"),
+        "--mix");
+    EXPECT_FALSE(fs::exists(path("out.png")));
+}
+
 }  // namespace
