@@ -445,6 +445,119 @@ void addBlurCommand(CLI::App& app, BlurRequest& request) {
     blur->callback([&request] { runBlur(request); });
 }
 
+// --- Gallery ------------------------------------------------------------------
+
+struct GalleryRequest {
+    std::string input;
+    std::string outputDir;
+};
+
+struct GalleryItem {
+    std::string file;
+    std::string title;
+    std::string settings;
+};
+
+const float kGalleryIntensities[] = {5.0f, 20.0f, 40.0f};
+
+void writeGalleryImage(const std::string& path, std::vector<unsigned char>& rgba, int width,
+                       int height) {
+    std::vector<unsigned char> rgb = fromRgba(rgba, 3);
+    if (!pmStb::saveImage(path, Image(width, height, 3, rgb.data()), true)) {
+        throw ToolError("cannot write image '" + path + "'");
+    }
+}
+
+std::string htmlEscape(const std::string& text) {
+    std::string out;
+    for (char c : text) {
+        switch (c) {
+            case '&':
+                out += "&amp;";
+                break;
+            case '<':
+                out += "&lt;";
+                break;
+            case '>':
+                out += "&gt;";
+                break;
+            case '"':
+                out += "&quot;";
+                break;
+            default:
+                out += c;
+        }
+    }
+    return out;
+}
+
+void writeGalleryPage(const std::string& dir, const std::string& input,
+                      const std::vector<GalleryItem>& items) {
+    std::string html =
+        "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+        "<title>Pixmora gallery</title>\n<style>\n"
+        "body { font-family: sans-serif; background: #202124; color: #e8eaed; margin: 2em; }\n"
+        ".grid { display: grid; grid-template-columns: repeat(auto-fill, minmax(320px, 1fr));"
+        " gap: 1.5em; }\n"
+        "figure { margin: 0; } img { width: 100%; border-radius: 4px; }\n"
+        "figcaption { margin-top: .4em; } .settings { color: #9aa0a6; font-size: .9em; }\n"
+        "</style>\n</head>\n<body>\n<h1>Pixmora gallery</h1>\n<p>Source: " +
+        htmlEscape(input) + "</p>\n<div class=\"grid\">\n";
+    for (const GalleryItem& item : items) {
+        html += "<figure><img src=\"" + htmlEscape(item.file) + "\" alt=\"" +
+                htmlEscape(item.title) + "\"><figcaption><strong>" + htmlEscape(item.title) +
+                "</strong><br><span class=\"settings\">" + htmlEscape(item.settings) +
+                "</span></figcaption></figure>\n";
+    }
+    html += "</div>\n</body>\n</html>\n";
+    const std::string path = dir + "/index.html";
+    std::FILE* file = std::fopen(path.c_str(), "w");
+    if (file == nullptr) throw ToolError("cannot write '" + path + "'");
+    const bool written = std::fwrite(html.data(), 1, html.size(), file) == html.size();
+    if (std::fclose(file) != 0 || !written) throw ToolError("cannot write '" + path + "'");
+}
+
+void runGallery(const GalleryRequest& request) {
+    Image input = loadInput(request.input);
+    const int width = input.width;
+    const int height = input.height;
+    std::vector<unsigned char> rgba = toRgba(input);
+    pmUtil::deleteImageData(input);
+    std::vector<GalleryItem> items;
+    for (const EffectName& effect : kEffects) {
+        std::vector<unsigned char> out =
+            renderEffect(effect.type, PM_FLIP_NONE, rgba, width, height);
+        const std::string file = std::string("effect-") + effect.name + ".png";
+        writeGalleryImage(request.outputDir + "/" + file, out, width, height);
+        items.push_back({file, effect.name, "photo effect, type " + std::to_string(effect.type)});
+    }
+    for (float intensity : kGalleryIntensities) {
+        BlurRequest blur;
+        blur.intensity = intensity;
+        blur.dim = 0.8f;
+        std::vector<unsigned char> out = renderBlur(blur, rgba, width, height);
+        const std::string name = std::to_string(static_cast<int>(intensity));
+        const std::string file = "blur-" + name + ".png";
+        writeGalleryImage(request.outputDir + "/" + file, out, width, height);
+        items.push_back({file, "blur " + name,
+                         "background blur, intensity " + name + ", dimming 0.8, kernel 35"});
+    }
+    writeGalleryPage(request.outputDir, request.input, items);
+    std::printf("wrote %zu pictures and index.html to %s\n", items.size(),
+                request.outputDir.c_str());
+}
+
+void addGalleryCommand(CLI::App& app, GalleryRequest& request) {
+    CLI::App* gallery = app.add_subcommand(
+        "gallery", "Write every effect and the blur at a few intensities, with an index.html");
+    gallery->add_option("IN", request.input, "Input image: PNG, JPEG, BMP or TGA")->required();
+    gallery->add_option("OUTDIR", request.outputDir, "Existing folder for the pictures")
+        ->required()
+        ->check(CLI::ExistingDirectory);
+    gallery->fallthrough();
+    gallery->callback([&request] { runGallery(request); });
+}
+
 // --- Kernel inspector -------------------------------------------------------------
 
 struct KernelRequest {
@@ -499,6 +612,8 @@ int main(int argc, char** argv) {
     addEffectCommand(app, request);
     BlurRequest blurRequest;
     addBlurCommand(app, blurRequest);
+    GalleryRequest galleryRequest;
+    addGalleryCommand(app, galleryRequest);
     KernelRequest kernelRequest;
     addKernelCommand(app, kernelRequest);
     try {

@@ -368,4 +368,19 @@ TEST_F(ToolTest, BlurRefusesAMalformedMixColour) {
     EXPECT_FALSE(fs::exists(path("out.png")));
 }
 
+TEST_F(ToolTest, GalleryWritesEveryPictureAndAnIndex) {
+    writeInput("in.png", 24, 16, 3);
+    fs::create_directories(path("gallery"));
+    RunResult result = run("gallery " + quoted(path("in.png")) + " " + quoted(path("gallery")));
+    ASSERT_EQ(result.status, 0) << result.err;
+    const std::string index = readFile(path("gallery/index.html"));
+    for (const char* file : {"effect-grey.png", "blur-5.png", "blur-20.png", "blur-40.png"}) {
+        EXPECT_TRUE(fs::exists(path(std::string("gallery/") + file))) << file;
+        EXPECT_NE(index.find(std::string("src=\"") + file + "\""), std::string::npos) << file;
+    }
+    EXPECT_NE(index.find("intensity 20"), std::string::npos);
+    expectRefused(run("gallery " + quoted(path("in.png")) + " " + quoted(path("missing"))),
+                  "OUTDIR");
+}
+
 }  // namespace
