@@ -160,6 +160,115 @@ void setTexture(PatternDithering& filter, const pmGL::FrameBuffer& colour, pmGL:
 void setColor(PatternDithering& filter, const glm::vec4& color);
 void drawDithering(PatternDithering& filter);
 
+// ---- Stylising passes. Each is one fragment shader on the full-screen quad;
+// the parameters are uniforms kept in `ud` and sent when the pass runs.
+// Calling order: create, setParameters if any, setTexture, run as often as
+// wanted, delete.
+
+// Sepia tone matrix, alpha forced to 1. Overwrites the target.
+class Sepia : public TextureFilter {
+public:
+    Sepia() = default;
+    ~Sepia() override;
+};
+
+// Contrast curve: pow(rgb, uPowerFactor) * uConstFactor, alpha kept. Made for
+// a 2D or an external texture. Overwrites the target.
+class ContrastFilter : public TextureFilter {
+public:
+    ContrastFilter() = default;
+    ~ContrastFilter() override;
+};
+
+// Green and blue read further and further out along a barrel distortion of
+// the position; red and alpha stay. Blends with the alpha blend.
+class DistortionChroma : public TextureFilter {
+public:
+    DistortionChroma() = default;
+    ~DistortionChroma() override;
+};
+
+// Green monochrome with a vignette and a grain that moves with uTime.
+// Blends with the alpha blend.
+class NightVision : public TextureFilter {
+public:
+    NightVision() = default;
+    ~NightVision() override;
+};
+
+// An X per cell of uSize pixels in the cell's top-left colour, brightened by
+// 1.4 (alpha too), on opaque black. Blends with the alpha blend.
+class CrossStitching : public TextureFilter {
+public:
+    CrossStitching() = default;
+    ~CrossStitching() override;
+};
+
+// Painting look: of the four overlapping squares around a pixel, the mean of
+// the one with the least colour variance. The step is 1 / (uWidth, uHeight),
+// which the caller must set. Overwrites the target.
+class KuwaharaFilter : public TextureFilter {
+public:
+    KuwaharaFilter() = default;
+    ~KuwaharaFilter() override;
+};
+
+// Black dots on white, larger where the picture is darker. The caller must
+// set the cell width and aspect ratio. Overwrites the target.
+class Halftone : public TextureFilter {
+public:
+    Halftone() = default;
+    ~Halftone() override;
+};
+
+// Dark diagonal lines in window coordinates, more sets the darker the
+// picture. Overwrites the target.
+class CrossHatching : public TextureFilter {
+public:
+    CrossHatching() = default;
+    ~CrossHatching() override;
+};
+
+bool createSepia(Sepia& filter);
+void deleteSepia(Sepia& filter);
+void runSepia(Sepia& filter);
+
+// `external` selects the form that samples a GL_TEXTURE_EXTERNAL_OES texture.
+bool createContrastFilter(ContrastFilter& filter, bool external);
+void deleteContrastFilter(ContrastFilter& filter);
+void runContrastFilter(ContrastFilter& filter);
+void setParameters(ContrastFilter& filter, float constFactor, float powerFactor);
+
+bool createDistortionChroma(DistortionChroma& filter);
+void deleteDistortionChroma(DistortionChroma& filter);
+void runDistortionChroma(DistortionChroma& filter);
+void setParameters(DistortionChroma& filter, float maxDistort);
+
+bool createNightVision(NightVision& filter);
+void deleteNightVision(NightVision& filter);
+void runNightVision(NightVision& filter);
+// The grain is a function of time: write a new value before each run.
+void setParameters(NightVision& filter, float time);
+
+bool createCrossStitching(CrossStitching& filter);
+void deleteCrossStitching(CrossStitching& filter);
+void runCrossStitching(CrossStitching& filter);
+void setParameters(CrossStitching& filter, float size);
+
+bool createKuwaharaFilter(KuwaharaFilter& filter);
+void deleteKuwaharaFilter(KuwaharaFilter& filter);
+void runKuwaharaFilter(KuwaharaFilter& filter);
+void setParameters(KuwaharaFilter& filter, int radius, float width, float height);
+
+bool createHalftone(Halftone& filter);
+void deleteHalftone(Halftone& filter);
+void runHalftone(Halftone& filter);
+void setParameters(Halftone& filter, float fractionWidthOfPixel, float aspectRatio);
+
+bool createCrossHatching(CrossHatching& filter);
+void deleteCrossHatching(CrossHatching& filter);
+void runCrossHatching(CrossHatching& filter);
+
 }  // namespace pmDraw
 
 #endif

@@ -1,6 +1,7 @@
 // The exported C entry points of the photo effects. Each one that touches GL
 // puts its work inside the context bracket and never lets a failure reach
 // the caller other than as a null result from Create.
+#include "PhotoEffects.h"
 #include "PixmoraWrapper.h"
 #include "pixmora.h"
 
@@ -44,15 +45,28 @@ FilterCommon* newPhotoFilter(unsigned type) {
     switch (type) {
         case PM_PHOTO_GREY:
             return pmUtil::safeNew<pmFilters::GrayFilter>();
+        case PM_PHOTO_SEPIA:
+            return pmUtil::safeNew<pmFilters::Sepia>();
+        case PM_PHOTO_BLOOM:
+            return pmUtil::safeNew<pmFilters::BloomPhoto>();
+        case PM_PHOTO_MONOTONOUS_BLUR:
+            return pmUtil::safeNew<pmFilters::MonotonousBlur>();
+        case PM_PHOTO_CARTOON:
+            return pmUtil::safeNew<pmFilters::CartoonPhoto>();
+        case PM_PHOTO_CHROMATIC_DISTORTION:
+            return pmUtil::safeNew<pmFilters::DistortionChroma>();
+        case PM_PHOTO_NIGHT_VISION:
+            return pmUtil::safeNew<pmFilters::NightVisionPhoto>();
+        case PM_PHOTO_CROSS_STITCHING:
+            return pmUtil::safeNew<pmFilters::CrossStitchingPhoto>();
+        case PM_PHOTO_PAINTING:
+            return pmUtil::safeNew<pmFilters::PaintingPhoto>();
+        case PM_PHOTO_CROSS_HATCHING:
+            return pmUtil::safeNew<pmFilters::CrossHatchingFilter>();
         default:
-            break;
+            PM_LOGE("pmPhotoFilterCreate() - Wrong Type. return nullptr.");
+            return nullptr;
     }
-    if (type > PM_PHOTO_CROSS_HATCHING) {
-        PM_LOGE("pmPhotoFilterCreate() - Wrong Type. return nullptr.");
-    } else {
-        PM_LOGE("pmPhotoFilterCreate() - Type %u is not available. return nullptr.", type);
-    }
-    return nullptr;
 }
 
 }  // namespace

@@ -135,6 +135,15 @@ void FilterCommon::SetInputBufferSize(glm::vec2 bufferSize) {
     inputInfo.SetBufferSize(glm::ivec2(bufferSize));
 }
 
+pmGL::Texture& FilterCommon::InputTexture() {
+    static pmGL::Texture none;
+    if (inputBuffer.colorTex.empty()) {
+        none = pmGL::Texture();
+        return none;
+    }
+    return inputBuffer.colorTex[0];
+}
+
 int fixKernelSize(int size) {
     const int steps = static_cast<int>(static_cast<float>(size - 7) * 0.25f + 0.5f);
     const int fixed = 4 * steps + 7;

@@ -61,6 +61,9 @@ public:
     int GetInputChannel() const { return inputInfo.channel; }
     int GetOutputChannel() const { return outputInfo.channel; }
     bool IsInit() const { return isInit; }
+    // The first colour texture of inputBuffer; before the first input, an
+    // empty texture that the passes report when they try to draw it.
+    pmGL::Texture& InputTexture();
     void SetInputBufferSize(glm::vec2 bufferSize);
 
     pmGL::EGLInfo eglInfo;

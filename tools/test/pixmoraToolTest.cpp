@@ -374,13 +374,56 @@ TEST_F(ToolTest, GalleryWritesEveryPictureAndAnIndex) {
     RunResult result = run("gallery " + quoted(path("in.png")) + " " + quoted(path("gallery")));
     ASSERT_EQ(result.status, 0) << result.err;
     const std::string index = readFile(path("gallery/index.html"));
-    for (const char* file : {"effect-grey.png", "blur-5.png", "blur-20.png", "blur-40.png"}) {
+    for (const char* file : {"effect-grey.png", "effect-painting.png", "effect-cross-hatch.png",
+                             "blur-5.png", "blur-20.png", "blur-40.png"}) {
         EXPECT_TRUE(fs::exists(path(std::string("gallery/") + file))) << file;
         EXPECT_NE(index.find(std::string("src=\"") + file + "\""), std::string::npos) << file;
     }
     EXPECT_NE(index.find("intensity 20"), std::string::npos);
     expectRefused(run("gallery " + quoted(path("in.png")) + " " + quoted(path("missing"))),
                   "OUTDIR");
+}
+
+TEST_F(ToolTest, EveryEffectNameWritesAPicture) {
+    writeInput("in.png", 20, 12, 3);
+    for (const char* name : {"grey", "sepia", "bloom", "monotonous-blur", "cartoon", "chroma",
+                             "night-vision", "cross-stitch", "painting", "cross-hatch"}) {
+        const std::string out = path(std::string(name) + ".png");
+        RunResult result =
+            run(std::string("effect ") + name + " " + quoted(path("in.png")) + " " + quoted(out));
+        ASSERT_EQ(result.status, 0) << name << ": " << result.err;
+        Image image = pmStb::loadImage(out, false);
+        EXPECT_EQ(image.width, 20) << name;
+        EXPECT_EQ(image.height, 12) << name;
+        pmUtil::deleteImageData(image);
+    }
+}
+
+TEST_F(ToolTest, LutWithAnIdentityTableGivesThePictureBack) {
+    std::vector<unsigned char> pixels = writeInput("in.png", 16, 8, 3);
+    const int n = 16;
+    std::vector<unsigned char> table(static_cast<size_t>(n) * n * n * 3);
+    for (int y = 0; y < n; ++y) {
+        for (int x = 0; x < n * n; ++x) {
+            unsigned char* p = &table[(static_cast<size_t>(y) * n * n + x) * 3];
+            p[0] = static_cast<unsigned char>((x % n) * 255 / (n - 1));
+            p[1] = static_cast<unsigned char>(y * 255 / (n - 1));
+            p[2] = static_cast<unsigned char>((x / n) * 255 / (n - 1));
+        }
+    }
+    ASSERT_TRUE(pmStb::saveImage(path("table.png"), Image(n * n, n, 3, table.data()), false));
+    RunResult result = run("lut " + quoted(path("in.png")) + " " + quoted(path("table.png")) + " " +
+                           quoted(path("out.png")));
+    ASSERT_EQ(result.status, 0) << result.err;
+    Image out = pmStb::loadImage(path("out.png"), false);
+    ASSERT_EQ(out.width, 16);
+    for (size_t i = 0; i < pixels.size(); ++i) {
+        ASSERT_NEAR(out.data[i], pixels[i], 2) << i;
+    }
+    pmUtil::deleteImageData(out);
+    expectRefused(run("lut " + quoted(path("in.png")) + " " + quoted(path("in.png")) + " " +
+                      quoted(path("bad.png"))),
+                  "N*N pixels wide");
 }
 
 }  // namespace

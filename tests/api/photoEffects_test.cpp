@@ -1,0 +1,164 @@
+// The ten photo effects through the exported functions: every type code
+// draws, repeat Draws agree but for night vision, and the composite effects
+// keep what their formulas say of constant pictures.
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
+#include "GLTestContext.h"
+#include "LogCapture.h"
+#include "PhotoEffects.h"
+#include "pixmora.h"
+
+namespace {
+
+std::vector<uint8_t> constantPicture(int w, int h, uint8_t v) {
+    std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 4, v);
+    for (size_t i = 3; i < pixels.size(); i += 4) pixels[i] = 255;
+    return pixels;
+}
+
+class PhotoEffectsTest : public GLTest {
+protected:
+    void SetUp() override {
+        GLTest::SetUp();
+        pmDisableInternalGLContext();
+    }
+    void TearDown() override {
+        if (object.handler) pmPhotoFilterDelete(&object);
+        pmEnableInternalGLContext();
+        GLTest::TearDown();
+    }
+    void create(unsigned type) {
+        object = {static_cast<int>(type), pmPhotoFilterCreate(type)};
+        ASSERT_NE(object.handler, nullptr) << type;
+    }
+    std::vector<uint8_t> draw(int w, int h) {
+        gl->resizeTarget(w, h);
+        pmPhotoFilterDraw(object, w, h);
+        return gl->readTarget();
+    }
+    pmFilterObject object{0, nullptr};
+};
+
+TEST_F(PhotoEffectsTest, EveryTypeCodeBuildsItsClass) {
+    for (unsigned type = 0; type <= 9; ++type) {
+        create(type);
+        EXPECT_TRUE(static_cast<pmFilters::FilterCommon*>(object.handler)->IsInit()) << type;
+        pmPhotoFilterDelete(&object);
+    }
+    LogCapture log;
+    EXPECT_EQ(pmPhotoFilterCreate(10), nullptr);
+    EXPECT_EQ(log.countEndingWith("> pmPhotoFilterCreate() - Wrong Type. return nullptr."), 1);
+}
+
+TEST_F(PhotoEffectsTest, RepeatDrawsAgreeExceptForNightVision) {
+    const int w = 32, h = 24;
+    std::vector<uint8_t> pixels = makeTestPixels(w, h, 4, 17);
+    for (unsigned type = 0; type <= 9; ++type) {
+        create(type);
+        pmPhotoFilterSetBuffer(object, pixels.data(), w, h, 4);
+        const std::vector<uint8_t> first = draw(w, h);
+        const std::vector<uint8_t> second = draw(w, h);
+        int worst = 0;
+        for (size_t i = 0; i < first.size(); ++i) {
+            worst = std::max(worst, std::abs(first[i] - second[i]));
+        }
+        if (type == PM_PHOTO_NIGHT_VISION) {
+            EXPECT_GT(worst, 0) << "night vision flickers from Draw to Draw";
+        } else if (type == PM_PHOTO_MONOTONOUS_BLUR) {
+            EXPECT_LE(worst, 1) << "only the dither differs";
+        } else {
+            EXPECT_EQ(worst, 0) << "type " << type;
+        }
+        pmPhotoFilterDelete(&object);
+    }
+}
+
+TEST_F(PhotoEffectsTest, MonotonousBlurOfAConstantGreyIsThatGrey) {
+    create(PM_PHOTO_MONOTONOUS_BLUR);
+    const int w = 64, h = 36;  // smaller than its 1920 x 1080 grey buffer
+    std::vector<uint8_t> pixels = constantPicture(w, h, 120);
+    pmPhotoFilterSetBuffer(object, pixels.data(), w, h, 4);
+    const std::vector<uint8_t> out = draw(w, h);
+    for (size_t i = 0; i < out.size(); i += 4) {
+        ASSERT_NEAR(out[i], 120, 1);
+        ASSERT_NEAR(out[i + 1], 120, 1);
+        ASSERT_NEAR(out[i + 2], 120, 1);
+    }
+    auto* blur = static_cast<pmFilters::MonotonousBlur*>(object.handler);
+    EXPECT_EQ(blur->greyBuffer.width, 1920);
+    EXPECT_EQ(blur->greyBuffer.height, 1080);
+    EXPECT_FLOAT_EQ(blur->blur.scaleFactor, 0.5f);
+}
+
+TEST_F(PhotoEffectsTest, BloomOfAConstantIsItsScreenBlendWithItself) {
+    create(PM_PHOTO_BLOOM);
+    const int w = 32, h = 32;
+    for (int v : {0, 64, 128, 200, 255}) {
+        std::vector<uint8_t> pixels = constantPicture(w, h, static_cast<uint8_t>(v));
+        pmPhotoFilterSetBuffer(object, pixels.data(), w, h, 4);
+        const std::vector<uint8_t> out = draw(w, h);
+        const float c = v / 255.0f;
+        const int expected = static_cast<int>(std::lround((2 * c - c * c) * 255.0f));
+        EXPECT_NEAR(out[(16 * w + 16) * 4], expected, 2) << v;
+    }
+}
+
+TEST_F(PhotoEffectsTest, PaintingFollowsTheDrawSize) {
+    create(PM_PHOTO_PAINTING);
+    const int w = 48, h = 32;
+    std::vector<uint8_t> pixels = makeTestPixels(w, h, 4, 23);
+    pmPhotoFilterSetBuffer(object, pixels.data(), w, h, 4);
+    gl->resizeTarget(w, h);
+    pmPhotoFilterDraw(object, w, h);
+    const std::vector<uint8_t> fine = gl->readTarget();
+    pmPhotoFilterDraw(object, w / 4, h / 4);
+    const std::vector<uint8_t> coarse = gl->readTarget();
+    EXPECT_NE(fine, coarse);
+}
+
+TEST_F(PhotoEffectsTest, FlipActsOnMonotonousBlurAndCrossHatching) {
+    const int w = 40, h = 40;
+    std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 4, 0);
+    for (int y = 0; y < h / 2; ++y) {
+        for (int x = 0; x < w; ++x) {
+            for (int c = 0; c < 3; ++c) pixels[(y * w + x) * 4 + c] = 250;  // bright top half
+        }
+    }
+    for (size_t i = 3; i < pixels.size(); i += 4) pixels[i] = 255;
+    for (unsigned type : {PM_PHOTO_MONOTONOUS_BLUR, PM_PHOTO_CROSS_HATCHING}) {
+        create(type);
+        pmPhotoFilterSetBuffer(object, pixels.data(), w, h, 4);
+        const std::vector<uint8_t> upright = draw(w, h);
+        pmPhotoFilterSetFlipMode(object, PM_FLIP_V);
+        const std::vector<uint8_t> flipped = draw(w, h);
+        // Read-back row 0 is the bottom: dark when upright, bright when flipped.
+        EXPECT_LT(upright[(2 * w + 20) * 4 + 1], 128) << type;
+        EXPECT_GT(flipped[(2 * w + 20) * 4 + 1], 128) << type;
+        pmPhotoFilterDelete(&object);
+    }
+}
+
+TEST_F(PhotoEffectsTest, SepiaDrawOnAnInertObjectSaysSo) {
+    pmFilters::Sepia inert;
+    LogCapture log;
+    inert.Draw(4, 4);
+    EXPECT_EQ(log.countEndingWith("> It is not initialized."), 1);
+}
+
+TEST_F(PhotoEffectsTest, NightVisionCounterIsSharedByAllObjects) {
+    create(PM_PHOTO_NIGHT_VISION);
+    std::vector<uint8_t> pixels = makeTestPixels(8, 8, 4);
+    pmPhotoFilterSetBuffer(object, pixels.data(), 8, 8, 4);
+    pmFilterObject other{0, pmPhotoFilterCreate(PM_PHOTO_NIGHT_VISION)};
+    pmPhotoFilterSetBuffer(other, pixels.data(), 8, 8, 4);
+    const int before = pmFilters::NightVisionPhoto::frameCount;
+    pmPhotoFilterDraw(object, 8, 8);
+    pmPhotoFilterDraw(other, 8, 8);
+    pmPhotoFilterDraw(object, 8, 8);
+    EXPECT_EQ(pmFilters::NightVisionPhoto::frameCount, before + 3);
+    pmPhotoFilterDelete(&other);
+}
+
+}  // namespace
