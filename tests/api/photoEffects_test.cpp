@@ -159,4 +159,35 @@ TEST_F(PhotoEffectsTest, NightVisionCounterIsSharedByAllObjects) {
     pmPhotoFilterDelete(&other);
 }
 
+TEST_F(PhotoEffectsTest, CrossHatchingMatchesItsLatticesOnTheCpu) {
+    create(PM_PHOTO_CROSS_HATCHING);
+    const int w = 40, h = 30;
+    std::vector<uint8_t> pixels = makeTestPixels(w, h, 4, 31);
+    for (size_t i = 3; i < pixels.size(); i += 4) pixels[i] = 255;
+    pmPhotoFilterSetBuffer(object, pixels.data(), w, h, 4);
+    const std::vector<uint8_t> out = draw(w, h);
+    auto latticeMod = [](int v) { return ((v % 10) + 10) % 10; };
+    int hatched = 0;
+    for (int y = 0; y < h; ++y) {
+        for (int x = 0; x < w; ++x) {
+            const uint8_t* src = &pixels[(static_cast<size_t>(h - 1 - y) * w + x) * 4];
+            const float r = src[0] / 255.0f, g = src[1] / 255.0f, b = src[2] / 255.0f;
+            const float lum = std::sqrt(r * r + g * g + b * b);
+            // gl_FragCoord is (x + 0.5, y + 0.5): x + y and x - y are whole.
+            const int sum = x + y + 1, difference = x - y;
+            const bool ink = (lum < 1.0f && latticeMod(sum) == 0) ||
+                             (lum < 0.75f && latticeMod(difference) == 0) ||
+                             (lum < 0.5f && latticeMod(sum - 5) == 0) ||
+                             (lum < 0.3f && latticeMod(difference - 5) == 0);
+            hatched += ink;
+            const uint8_t* p = &out[(static_cast<size_t>(y) * w + x) * 4];
+            for (int c = 0; c < 3; ++c) {
+                const int expected = ink ? 26 : src[c];
+                ASSERT_NEAR(p[c], expected, 2) << x << "," << y << " channel " << c;
+            }
+        }
+    }
+    EXPECT_GT(hatched, 0);
+}
+
 }  // namespace
