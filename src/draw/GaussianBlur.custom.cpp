@@ -2,23 +2,16 @@
 // through the dithering pass into the caller's framebuffer.
 #include <algorithm>
 
+#include "GaussianBlur.buffers.h"
 #include "GaussianBlur.h"
 
 namespace pmDraw {
 
 namespace {
 
-pmGL::TextureOpts workingBufferOptions(int wrap) {
-    pmGL::TextureOpts opts;
-    opts.wrapS = wrap;
-    opts.wrapT = wrap;
-    opts.wrapR = wrap;
-    return opts;
-}
-
 void createWorkingBuffer(pmGL::FrameBuffer& fb, glm::ivec2 size, int wrap) {
     const pmUtil::ImageData<unsigned char> image(size.x, size.y, 4, nullptr);
-    pmGL::createFrameBuffer(fb, image, workingBufferOptions(wrap), 1, false, false, 1);
+    pmGL::createFrameBuffer(fb, image, blurBufferOptions(wrap), 1, false, false, 1);
 }
 
 // Draws the input into downBuffer at the scaled size, without blending and

@@ -1,5 +1,6 @@
 // GaussianBlur: a horizontal program into an internal buffer of the input's
 // size, then a vertical program into the framebuffer the caller has bound.
+#include "GaussianBlur.buffers.h"
 #include "GaussianBlur.h"
 
 namespace pmDraw {
@@ -28,15 +29,6 @@ void main() {
     fragColor.a = 1.0;
 }
 )";
-
-// The offsets of the vertical pass rely on bilinear reads of the buffer.
-pmGL::TextureOpts bufferOptions(int wrap) {
-    pmGL::TextureOpts opts;
-    opts.wrapS = wrap;
-    opts.wrapT = wrap;
-    opts.wrapR = wrap;
-    return opts;
-}
 
 void runPass(GaussianBlur& blur, int index) {
     pmGL::useUniformData(blur.ud, blur.programs[index]);
@@ -86,7 +78,7 @@ void setTexture(GaussianBlur& blur, pmGL::Texture& tex, glm::vec2 flip) {
     blur.flip = flip;
     if (blur.buffer.width == tex.width && blur.buffer.height == tex.height) return;
     const pmUtil::ImageData<unsigned char> image(tex.width, tex.height, 4, nullptr);
-    pmGL::createFrameBuffer(blur.buffer, image, bufferOptions(blur.wrap), 1, false, false, 1);
+    pmGL::createFrameBuffer(blur.buffer, image, blurBufferOptions(blur.wrap), 1, false, false, 1);
 }
 
 void setTexture(GaussianBlur& blur, pmGL::FrameBuffer& fb, glm::vec2 flip) {

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "GaussianBlur.buffers.h"
 #include "GaussianBlur.h"
 #include "pmGLSL.h"
 
@@ -39,22 +40,6 @@ void main() {
     }
 }
 )";
-
-pmGL::TextureOpts captureBufferOptions(int wrap) {
-    pmGL::TextureOpts opts;
-    opts.target = GL_TEXTURE_2D;
-    opts.type = GL_UNSIGNED_BYTE;
-    opts.internalFormat = GL_RGBA8;
-    opts.format = GL_RGBA;
-    opts.minFilter = GL_LINEAR;
-    opts.magFilter = GL_LINEAR;
-    opts.wrapS = wrap;
-    opts.wrapT = wrap;
-    opts.wrapR = wrap;
-    opts.mipmap = false;
-    opts.linear = true;
-    return opts;
-}
 
 bool hasColorTexture(const pmGL::FrameBuffer& fb) {
     return !fb.colorTex.empty() && pmGL::isExist(fb.colorTex[0]);
@@ -125,12 +110,12 @@ void VideoGaussianBlur::setVideoCapture(pmGL::Texture& tex, glm::vec2 flip) {
         std::vector<unsigned char> zeros(byteCount, 0);
         const pmUtil::ImageData<unsigned char> image(scaled.x, scaled.y, 4,
                                                      zeros.empty() ? nullptr : zeros.data());
-        pmGL::createFrameBuffer(previousBuffer, image, captureBufferOptions(GL_CLAMP_TO_EDGE), 1,
+        pmGL::createFrameBuffer(previousBuffer, image, blurBufferOptions(GL_CLAMP_TO_EDGE), 1,
                                 false, false, 1);
-        pmGL::createFrameBuffer(latestBuffer, image, captureBufferOptions(GL_CLAMP_TO_EDGE), 1,
-                                false, false, 1);
-        pmGL::createFrameBuffer(scaledBuffer, image, captureBufferOptions(blur.wrap), 1, false,
+        pmGL::createFrameBuffer(latestBuffer, image, blurBufferOptions(GL_CLAMP_TO_EDGE), 1, false,
                                 false, 1);
+        pmGL::createFrameBuffer(scaledBuffer, image, blurBufferOptions(blur.wrap), 1, false, false,
+                                1);
         PM_LOGE("create internal buffers: %d x %d x %d x 3.", scaled.x, scaled.y, 4);
     }
 
@@ -175,7 +160,7 @@ void VideoGaussianBlur::setVideoCapture(const pmUtil::ImageData<unsigned char>& 
         captureTexture.width == image.width && captureTexture.height == image.height) {
         pmGL::updateTexture(captureTexture, image);
     } else {
-        pmGL::TextureOpts opts = captureBufferOptions(GL_CLAMP_TO_EDGE);
+        pmGL::TextureOpts opts = blurBufferOptions(GL_CLAMP_TO_EDGE);
         opts.mipmap = true;
         pmGL::createTexture(captureTexture, image, opts);
     }
