@@ -7,7 +7,11 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/types.h>
 #include <unistd.h>
+
+#include <climits>
+#include <cstdint>
 
 // The image formats the library reads: PNG, JPEG, BMP, TGA and Radiance HDR.
 #define STB_IMAGE_STATIC
@@ -63,6 +67,17 @@ namespace {
 
 using Image = pmUtil::ImageData<unsigned char>;
 
+using Block = pmUtil::MemoryBlock<unsigned char>;
+
+// Sets the process-wide load flip and clears it again when the scope ends.
+class LoadFlipScope {
+public:
+    explicit LoadFlipScope(bool flip) { stbi_set_flip_vertically_on_load(flip ? 1 : 0); }
+    ~LoadFlipScope() { stbi_set_flip_vertically_on_load(0); }
+    LoadFlipScope(const LoadFlipScope&) = delete;
+    LoadFlipScope& operator=(const LoadFlipScope&) = delete;
+};
+
 // Sets the process-wide write flip and clears it again when the scope ends,
 // whatever path the save takes.
 class WriteFlipScope {
@@ -91,8 +106,42 @@ int writeByExtension(const std::string& path, const std::string& extension, cons
 
 // The encoders read width x height x channel bytes from data; anything less
 // than a whole image cannot be written.
-bool hasPixels(const Image& image) {
+template <typename T>
+bool hasPixels(const pmUtil::ImageData<T>& image) {
     return image.data != nullptr && image.width > 0 && image.height > 0 && image.channel > 0;
+}
+
+// Encodes through one of the callback writers into a block the size of the
+// raw image, which writeMemoryBlock enlarges should the encoding not fit.
+// The block is empty when the encoder fails.
+Block packThroughCallback(const std::string& extension, const Image& image) {
+    Block block = pmUtil::createMemoryBlock<unsigned char>(image.getCount());
+    if (block.data == nullptr) return Block();
+    const int w = image.width;
+    const int h = image.height;
+    const int c = image.channel;
+    int written = 0;
+    if (extension == ".jpg") {
+        written = stbi_write_jpg_to_func(writeMemoryBlock, &block, w, h, c, image.data, 100);
+    } else if (extension == ".bmp") {
+        written = stbi_write_bmp_to_func(writeMemoryBlock, &block, w, h, c, image.data);
+    } else {
+        written = stbi_write_tga_to_func(writeMemoryBlock, &block, w, h, c, image.data);
+    }
+    if (written == 0) pmUtil::deleteMemoryBlock(block);
+    return block;
+}
+
+template <typename T>
+void writeValue(std::ofstream& stream, const T& value) {
+    stream.write(reinterpret_cast<const char*>(&value), sizeof(value));
+}
+
+template <typename T>
+T readValue(std::ifstream& stream) {
+    T value{};
+    stream.read(reinterpret_cast<char*>(&value), sizeof(value));
+    return value;
 }
 
 }  // namespace
@@ -119,6 +168,22 @@ Image loadImage(const std::string& path, bool flip) {
     return Image(width, height, channel, data, true);
 }
 
+pmUtil::ImageData<float> loadHdrImage(const std::string& path, bool flip) {
+    int width = 0;
+    int height = 0;
+    int channel = 0;
+    float* data = nullptr;
+    {
+        LoadFlipScope flipScope(flip);
+        data = stbi_loadf(path.c_str(), &width, &height, &channel, 0);
+    }
+    if (data == nullptr) {
+        PM_LOGE("Fail to load %s.\n", path.c_str());
+        width = height = channel = 0;
+    }
+    return pmUtil::ImageData<float>(width, height, channel, data, true);
+}
+
 bool saveImage(const std::string& path, const Image& image, bool flip) {
     WriteFlipScope flipScope(flip);
     const std::string extension = pmUtil::stringExtension(path);
@@ -133,6 +198,176 @@ bool saveImage(const std::string& path, const Image& image, bool flip) {
     PM_LOGI("filename = %s, info = (%d x %d x %d), flip = %d\n", path.c_str(), image.width,
             image.height, image.channel, flip ? 1 : 0);
     return true;
+}
+
+bool saveHdrImage(const std::string& path, const pmUtil::ImageData<float>& image, bool flip) {
+    WriteFlipScope flipScope(flip);
+    const std::string extension = pmUtil::stringExtension(path);
+    if (extension != ".hdr") {
+        PM_LOGE("Unsupported file extension (%s).\n", extension.c_str());
+        return false;
+    }
+    if (!hasPixels(image) ||
+        stbi_write_hdr(path.c_str(), image.width, image.height, image.channel, image.data) == 0) {
+        PM_LOGE("Fail to save %s.\n", path.c_str());
+        return false;
+    }
+    PM_LOGI("filename = %s, info = (%d x %d x %d), flip = %d\n", path.c_str(), image.width,
+            image.height, image.channel, flip ? 1 : 0);
+    return true;
+}
+
+void writeMemoryBlock(void* context, void* data, int size) {
+    Block* block = static_cast<Block*>(context);
+    if (block == nullptr || data == nullptr || size <= 0) return;
+    const std::uint64_t needed = block->index + static_cast<std::uint64_t>(size);
+    if (needed > block->length) {
+        // The encoded file is larger than the raw pixels (small images carry
+        // headers bigger than themselves): move to a buffer that fits.
+        std::uint64_t grown = block->length * 2;
+        if (grown < needed) grown = needed;
+        unsigned char* larger =
+            pmUtil::safeNewArray<unsigned char>(static_cast<std::size_t>(grown));
+        if (larger == nullptr) return;
+        if (block->data != nullptr) {
+            memcpy(larger, block->data, static_cast<std::size_t>(block->index));
+        }
+        pmUtil::releaseData(block->data, block->useFree);
+        block->data = larger;
+        block->length = grown;
+        block->useFree = false;
+    }
+    block->write(data, static_cast<std::size_t>(size));
+}
+
+Block createPackedImage(const std::string& extension, const Image& image, bool flip) {
+    const bool known = extension.size() == 4 && (extension == ".png" || extension == ".jpg" ||
+                                                 extension == ".bmp" || extension == ".tga");
+    Block block;
+    if (known && hasPixels(image)) {
+        const int rawSize = static_cast<int>(image.getCount());
+        if (extension == ".png") {
+            int length = 0;
+            unsigned char* encoded = nullptr;
+            {
+                WriteFlipScope flipScope(flip);
+                encoded = stbi_write_png_to_mem(image.data, 0, image.width, image.height,
+                                                image.channel, &length);
+            }
+            if (encoded != nullptr) {
+                block = Block(encoded, static_cast<std::uint64_t>(length),
+                              static_cast<std::uint64_t>(length), true);
+                PM_LOGI("Compress(png) - %d -> %d (%.1f%%)\n", rawSize, length,
+                        100.0f * static_cast<float>(length) / static_cast<float>(rawSize));
+                return block;
+            }
+        } else {
+            {
+                WriteFlipScope flipScope(flip);
+                block = packThroughCallback(extension, image);
+            }
+            if (block.data != nullptr) {
+                const ssize_t packed = static_cast<ssize_t>(block.index);
+                if (extension == ".jpg") {
+                    // JPEG keeps no alpha, so only three of four channels count.
+                    const int jpgRaw =
+                        image.channel == 4 ? image.width * image.height * 3 : rawSize;
+                    PM_LOGI("Compress(jpg) - %d -> %zd (%.1f%%)\n", jpgRaw, packed,
+                            100.0f * static_cast<float>(packed) / static_cast<float>(jpgRaw));
+                } else if (extension == ".bmp") {
+                    PM_LOGI("Compress(bmp) - %d -> %zd (%.1f%%)\n", rawSize, packed,
+                            100.0f * static_cast<float>(packed) / static_cast<float>(rawSize));
+                } else {
+                    PM_LOGI("Compress(tga) - %d -> %zd (%.1f%%)\n", rawSize, packed,
+                            100.0f * static_cast<float>(packed) / static_cast<float>(rawSize));
+                }
+                return block;
+            }
+        }
+    }
+    PM_LOGE("Fail to pack image format %s.\n", extension.c_str());
+    return Block();
+}
+
+Image createUnpackedImage(const Block& block, bool flip) {
+    int width = 0;
+    int height = 0;
+    int channel = 0;
+    unsigned char* data = nullptr;
+    if (block.data != nullptr && block.index > 0 && block.index <= INT_MAX) {
+        LoadFlipScope flipScope(flip);
+        data = stbi_load_from_memory(block.data, static_cast<int>(block.index), &width, &height,
+                                     &channel, 0);
+    }
+    if (data == nullptr) {
+        PM_LOGE("Fail to unpack an image block.\n");
+        width = height = channel = 0;
+    }
+    return Image(width, height, channel, data, true);
+}
+
+bool writeImage(std::ofstream& stream, const Image& image, const std::string& extension) {
+    if (!stream.is_open()) return false;
+    if (image.data == nullptr) return false;
+
+    writeValue(stream, static_cast<std::uint64_t>(extension.size()));
+    stream.write(extension.data(), static_cast<std::streamsize>(extension.size()));
+
+    if (extension == ".raw") {
+        writeValue(stream, static_cast<std::int32_t>(image.width));
+        writeValue(stream, static_cast<std::int32_t>(image.height));
+        writeValue(stream, static_cast<std::int32_t>(image.channel));
+        stream.write(reinterpret_cast<const char*>(image.data),
+                     static_cast<std::streamsize>(image.getCount()));
+        return true;
+    }
+
+    // A format that fails to pack still leaves a whole record: length 0.
+    Block block = createPackedImage(extension, image, false);
+    writeValue(stream, static_cast<std::uint64_t>(block.index));
+    if (block.index != 0) {
+        stream.write(reinterpret_cast<const char*>(block.data),
+                     static_cast<std::streamsize>(block.index));
+    }
+    pmUtil::deleteMemoryBlock(block);
+    return true;
+}
+
+Image readImage(std::ifstream& stream) {
+    if (!stream.is_open()) return Image();
+
+    const std::uint64_t extensionLength = readValue<std::uint64_t>(stream);
+    std::string extension;
+    if (extensionLength > 0) {
+        char* text = pmUtil::safeNewArray<char>(static_cast<std::size_t>(extensionLength));
+        if (text == nullptr) return Image();
+        stream.read(text, static_cast<std::streamsize>(extensionLength));
+        extension.assign(text, static_cast<std::size_t>(extensionLength));
+        delete[] text;
+    }
+
+    if (extension == ".raw") {
+        Image image;
+        image.width = readValue<std::int32_t>(stream);
+        image.height = readValue<std::int32_t>(stream);
+        image.channel = readValue<std::int32_t>(stream);
+        image.data = pmUtil::safeNewArray<unsigned char>(image.getCount());
+        if (image.data == nullptr) return Image();
+        image.useFree = false;
+        stream.read(reinterpret_cast<char*>(image.data),
+                    static_cast<std::streamsize>(image.getCount()));
+        return image;
+    }
+
+    const std::uint64_t blockLength = readValue<std::uint64_t>(stream);
+    Block block = pmUtil::createMemoryBlock<unsigned char>(static_cast<std::size_t>(blockLength));
+    if (block.data != nullptr && blockLength > 0) {
+        stream.read(reinterpret_cast<char*>(block.data), static_cast<std::streamsize>(blockLength));
+        block.index += blockLength;
+    }
+    Image image = createUnpackedImage(block, false);
+    pmUtil::deleteMemoryBlock(block);
+    return image;
 }
 
 }  // namespace pmStb
