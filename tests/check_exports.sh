@@ -17,7 +17,7 @@ for name in pmPhotoFilterCreate pmPhotoFilterDelete pmPhotoFilterSetBuffer \
             pmBlurFilterSetDithering pmBlurFilterSetInterpolation pmBlurFilterSetFlipMode; do
   if ! grep -qx "$name" <<<"$symbols"; then echo "missing export: $name"; fail=1; fi
 done
-for prefix in 'pmGL::' 'pmDraw::' 'pmUtil::' 'pmMesh::' 'pmStb::'; do
+for prefix in 'pmGL::' 'pmDraw::' 'pmUtil::' 'pmMesh::' 'pmStb::' 'pmImg::' 'pmColor::' 'pmCV::'; do
   if ! grep -q "^$prefix" <<<"$symbols"; then echo "no $prefix function exported"; fail=1; fi
 done
 if grep -E '^pmFilters::|^stbi_|^stbiw_' <<<"$symbols"; then
