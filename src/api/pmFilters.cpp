@@ -144,6 +144,22 @@ pmGL::Texture& FilterCommon::InputTexture() {
     return inputBuffer.colorTex[0];
 }
 
+float clampBlurIntensity(float value) {
+    const float minimum = 1.0f;
+    const float maximum = 50.0f;
+    if (value < minimum || value > maximum) {
+        PM_LOGI("Intensity value is not valid. Blur intensity range : %f ~ %f", minimum, maximum);
+    }
+    return std::min(std::max(value, minimum), maximum);
+}
+
+float clampBlurDimming(float value) {
+    if (value < 0.0f || value > 1.0f) {
+        PM_LOGE("Intensity value is not valid. Dimming intensity range : 0.0f ~ 1.0f");
+    }
+    return std::min(std::max(value, 0.0f), 1.0f);
+}
+
 int fixKernelSize(int size) {
     const int steps = static_cast<int>(static_cast<float>(size - 7) * 0.25f + 0.5f);
     const int fixed = 4 * steps + 7;

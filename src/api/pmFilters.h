@@ -89,6 +89,11 @@ public:
     pmDraw::Grey grey;
 };
 
+// The blur strength, 1 to 50, and the dimming, 0 to 1, of both blur objects:
+// a value outside its range is logged with the range's words and clamped.
+float clampBlurIntensity(float value);
+float clampBlurDimming(float value);
+
 // Snaps a blur kernel size to the nearest size of the form 4n + 7.
 int fixKernelSize(int size);
 

@@ -7,9 +7,6 @@ namespace pmFilters {
 
 namespace {
 
-constexpr float kMinIntensity = 1.0f;
-constexpr float kMaxIntensity = 50.0f;
-
 // Plane textures, buffers: 2D, 8-bit, linear, clamped, no mipmaps; the
 // channel count of the image decides the format.
 pmGL::TextureOpts planeOptions() {
@@ -62,11 +59,7 @@ void PhotoFilterBlur::SetIntensity(float value) {
         return;
     }
     PM_LOGE("PhotoFilterBlur::SetIntensity() - degree : %f", value);
-    if (value < kMinIntensity || value > kMaxIntensity) {
-        PM_LOGI("Intensity value is not valid. Blur intensity range : %f ~ %f", kMinIntensity,
-                kMaxIntensity);
-    }
-    intensity = std::min(std::max(value, kMinIntensity), kMaxIntensity);
+    intensity = clampBlurIntensity(value);
 }
 
 void PhotoFilterBlur::SetDimming(float value) {
@@ -75,10 +68,7 @@ void PhotoFilterBlur::SetDimming(float value) {
         return;
     }
     PM_LOGE("PhotoFilterBlur::SetDimming() - dim : %f", value);
-    if (value < 0.0f || value > 1.0f) {
-        PM_LOGE("Intensity value is not valid. Dimming intensity range : 0.0f ~ 1.0f");
-    }
-    dim = std::min(std::max(value, 0.0f), 1.0f);
+    dim = clampBlurDimming(value);
     pmDraw::setColor(blur, glm::vec4(dim, dim, dim, 1.0f));
 }
 

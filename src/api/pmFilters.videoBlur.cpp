@@ -13,8 +13,6 @@ namespace {
 // size of the target.
 const glm::ivec2 referenceVideoSize(720, 576);
 
-const float minIntensity = 1.0f;
-const float maxIntensity = 50.0f;
 // The longest cross-fade: a paused stream, counted as one input a second,
 // fades in over at most this many Draws.
 const float maxInterpolationCount = 60.0f;
@@ -173,11 +171,7 @@ void PhotoFilterVideoBlur::SetIntensity(float value) {
         return;
     }
     PM_LOGE("PhotoFilterVideoBlur::SetIntensity() - degree : %f", value);
-    if (value < minIntensity || value > maxIntensity) {
-        PM_LOGI("Intensity value is not valid. Blur intensity range : %f ~ %f", minIntensity,
-                maxIntensity);
-    }
-    intensity = std::min(std::max(value, minIntensity), maxIntensity);
+    intensity = clampBlurIntensity(value);
 }
 
 void PhotoFilterVideoBlur::SetDimming(float value) {
@@ -186,10 +180,7 @@ void PhotoFilterVideoBlur::SetDimming(float value) {
         return;
     }
     PM_LOGE("PhotoFilterVideoBlur::SetDimming() - dim : %f", value);
-    if (value < 0.0f || value > 1.0f) {
-        PM_LOGE("Intensity value is not valid. Dimming intensity range : 0.0f ~ 1.0f");
-    }
-    dim = std::min(std::max(value, 0.0f), 1.0f);
+    dim = clampBlurDimming(value);
     blur.setColor(glm::vec4(dim, dim, dim, 1.0f));
 }
 

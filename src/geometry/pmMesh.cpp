@@ -1,5 +1,6 @@
 // Vertex formats with their attribute tables; quads, planes and convex
 // polygons; the texture coordinate mapping shared by every textured shape.
+#include "pmMesh.fill.h"
 #include "pmMesh.h"
 
 #include <algorithm>
@@ -202,10 +203,8 @@ void createQuad(pmGL::TriangleStripMesh<PositionVertex>& mesh, const glm::vec2& 
                 const glm::vec2& max) {
     std::vector<glm::vec2> positions;
     createQuad(positions, min, max);
-    mesh.vertices.clear();
-    mesh.vertices.reserve(positions.size());
-    for (const glm::vec2& p : positions) mesh.vertices.push_back({glm::vec3(p, 0.0f)});
-    mesh.attributes = PositionVertex::defaultAttribs;
+    fillVertices(mesh, positions.size(),
+                 [&](std::size_t i) { return PositionVertex{glm::vec3(positions[i], 0.0f)}; });
 }
 
 void createQuad(pmGL::TriangleStripMesh<TexturingVertex>& mesh, const glm::vec2& min,
@@ -215,12 +214,9 @@ void createQuad(pmGL::TriangleStripMesh<TexturingVertex>& mesh, const glm::vec2&
     std::vector<glm::vec2> texCoords;
     createQuad(positions, min, max);
     mapBox(texCoords, positions, min, max, angle, translation, scale);
-    mesh.vertices.clear();
-    mesh.vertices.reserve(positions.size());
-    for (std::size_t i = 0; i < positions.size(); ++i) {
-        mesh.vertices.push_back({glm::vec3(positions[i], 0.0f), texCoords[i]});
-    }
-    mesh.attributes = TexturingVertex::defaultAttribs;
+    fillVertices(mesh, positions.size(), [&](std::size_t i) {
+        return TexturingVertex{glm::vec3(positions[i], 0.0f), texCoords[i]};
+    });
 }
 
 void createEdgedQuad(pmGL::IndexedTriangleMesh<EdgedTexturingVertex>& mesh, const glm::vec2& min,
@@ -231,12 +227,9 @@ void createEdgedQuad(pmGL::IndexedTriangleMesh<EdgedTexturingVertex>& mesh, cons
     std::vector<glm::vec2> texCoords;
     createEdgedQuad(positions, alphas, mesh.triangles, min, max, edgeWidth, outerAlpha);
     mapBox(texCoords, positions, min, max, angle, translation, scale);
-    mesh.vertices.clear();
-    mesh.vertices.reserve(positions.size());
-    for (std::size_t i = 0; i < positions.size(); ++i) {
-        mesh.vertices.push_back({positions[i], texCoords[i], alphas[i]});
-    }
-    mesh.attributes = EdgedTexturingVertex::defaultAttribs;
+    fillVertices(mesh, positions.size(), [&](std::size_t i) {
+        return EdgedTexturingVertex{positions[i], texCoords[i], alphas[i]};
+    });
 }
 
 void createPlane(pmGL::IndexedTriangleStripMesh<TexturingVertex>& mesh, const glm::vec2& min,
@@ -246,12 +239,9 @@ void createPlane(pmGL::IndexedTriangleStripMesh<TexturingVertex>& mesh, const gl
     std::vector<glm::vec2> texCoords;
     createPlane(positions, mesh.indices, min, max, divisions);
     mapBox(texCoords, positions, min, max, angle, translation, scale);
-    mesh.vertices.clear();
-    mesh.vertices.reserve(positions.size());
-    for (std::size_t i = 0; i < positions.size(); ++i) {
-        mesh.vertices.push_back({glm::vec3(positions[i], 0.0f), texCoords[i]});
-    }
-    mesh.attributes = TexturingVertex::defaultAttribs;
+    fillVertices(mesh, positions.size(), [&](std::size_t i) {
+        return TexturingVertex{glm::vec3(positions[i], 0.0f), texCoords[i]};
+    });
 }
 
 namespace {

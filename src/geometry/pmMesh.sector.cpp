@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "pmMesh.fill.h"
 #include "pmMesh.h"
 #include "pmUtil.h"
 
@@ -143,24 +144,18 @@ void createSector(pmGL::TriangleFanMesh<TexturingVertex>& mesh, float start, flo
     std::vector<glm::vec2> texCoords;
     createSector(positions, start, end, radius, segmentCount);
     mapSector(texCoords, positions, radius, angle, translation, scale);
-    mesh.vertices.clear();
-    mesh.vertices.reserve(positions.size());
-    for (std::size_t i = 0; i < positions.size(); ++i) {
-        mesh.vertices.push_back({glm::vec3(positions[i], 0.0f), texCoords[i]});
-    }
-    mesh.attributes = TexturingVertex::defaultAttribs;
+    fillVertices(mesh, positions.size(), [&](std::size_t i) {
+        return TexturingVertex{glm::vec3(positions[i], 0.0f), texCoords[i]};
+    });
 }
 
 void createSector(pmGL::TriangleFanMesh<SignedPositionVertex>& mesh, float start, float end,
                   float radius, int segmentCount) {
     std::vector<glm::vec2> positions;
     createSector(positions, start, end, radius, segmentCount);
-    mesh.vertices.clear();
-    mesh.vertices.reserve(positions.size());
-    for (std::size_t i = 0; i < positions.size(); ++i) {
-        mesh.vertices.push_back({positions[i], i == 0 ? 0.0f : 1.0f});
-    }
-    mesh.attributes = SignedPositionVertex::defaultAttribs;
+    fillVertices(mesh, positions.size(), [&](std::size_t i) {
+        return SignedPositionVertex{positions[i], i == 0 ? 0.0f : 1.0f};
+    });
 }
 
 void createSector(pmGL::TriangleFanMesh<SignedTexturingVertex>& mesh, float start, float end,
@@ -170,12 +165,9 @@ void createSector(pmGL::TriangleFanMesh<SignedTexturingVertex>& mesh, float star
     std::vector<glm::vec2> texCoords;
     createSector(positions, start, end, radius, segmentCount);
     mapSector(texCoords, positions, radius, angle, translation, scale);
-    mesh.vertices.clear();
-    mesh.vertices.reserve(positions.size());
-    for (std::size_t i = 0; i < positions.size(); ++i) {
-        mesh.vertices.push_back({positions[i], texCoords[i], i == 0 ? 0.0f : 1.0f});
-    }
-    mesh.attributes = SignedTexturingVertex::defaultAttribs;
+    fillVertices(mesh, positions.size(), [&](std::size_t i) {
+        return SignedTexturingVertex{positions[i], texCoords[i], i == 0 ? 0.0f : 1.0f};
+    });
 }
 
 void createCircle(pmGL::TriangleFanMesh<TexturingVertex>& mesh, float radius, int segmentCount,
@@ -204,12 +196,9 @@ void createEdgedSector(pmGL::IndexedTriangleMesh<EdgedTexturingVertex>& mesh, fl
     createEdgedSector(positions, alphas, mesh.triangles, start, end, radius, innerLayer, edgeWidth,
                       outerAlpha, segmentCount);
     mapSector(texCoords, positions, radius, angle, translation, scale);
-    mesh.vertices.clear();
-    mesh.vertices.reserve(positions.size());
-    for (std::size_t i = 0; i < positions.size(); ++i) {
-        mesh.vertices.push_back({positions[i], texCoords[i], alphas[i]});
-    }
-    mesh.attributes = EdgedTexturingVertex::defaultAttribs;
+    fillVertices(mesh, positions.size(), [&](std::size_t i) {
+        return EdgedTexturingVertex{positions[i], texCoords[i], alphas[i]};
+    });
 }
 
 void createEdgedSector(pmGL::IndexedTriangleMesh<EdgedColorTexturingVertex>& mesh, float start,
@@ -222,12 +211,9 @@ void createEdgedSector(pmGL::IndexedTriangleMesh<EdgedColorTexturingVertex>& mes
     createEdgedSector(positions, alphas, mesh.triangles, start, end, radius, innerLayer, edgeWidth,
                       outerAlpha, segmentCount);
     mapSector(texCoords, positions, radius, angle, translation, scale);
-    mesh.vertices.clear();
-    mesh.vertices.reserve(positions.size());
-    for (std::size_t i = 0; i < positions.size(); ++i) {
-        mesh.vertices.push_back({positions[i], color, texCoords[i], alphas[i]});
-    }
-    mesh.attributes = EdgedColorTexturingVertex::defaultAttribs;
+    fillVertices(mesh, positions.size(), [&](std::size_t i) {
+        return EdgedColorTexturingVertex{positions[i], color, texCoords[i], alphas[i]};
+    });
 }
 
 void createEdgedCircle(pmGL::IndexedTriangleMesh<EdgedTexturingVertex>& mesh, float radius,
@@ -254,12 +240,9 @@ void createSignedSector(pmGL::IndexedTriangleMesh<SignedTexturingVertex>& mesh, 
     createSignedSector(positions, values, mesh.triangles, start, end, radius, layerSize,
                        segmentCount);
     mapSector(texCoords, positions, radius, angle, translation, scale);
-    mesh.vertices.clear();
-    mesh.vertices.reserve(positions.size());
-    for (std::size_t i = 0; i < positions.size(); ++i) {
-        mesh.vertices.push_back({positions[i], texCoords[i], values[i]});
-    }
-    mesh.attributes = SignedTexturingVertex::defaultAttribs;
+    fillVertices(mesh, positions.size(), [&](std::size_t i) {
+        return SignedTexturingVertex{positions[i], texCoords[i], values[i]};
+    });
 }
 
 void createSignedSector(pmGL::IndexedTriangleMesh<SignedColorTexturingVertex>& mesh, float start,
@@ -272,12 +255,9 @@ void createSignedSector(pmGL::IndexedTriangleMesh<SignedColorTexturingVertex>& m
     createSignedSector(positions, values, mesh.triangles, start, end, radius, layerSize,
                        segmentCount);
     mapSector(texCoords, positions, radius, angle, translation, scale);
-    mesh.vertices.clear();
-    mesh.vertices.reserve(positions.size());
-    for (std::size_t i = 0; i < positions.size(); ++i) {
-        mesh.vertices.push_back({positions[i], color, texCoords[i], values[i]});
-    }
-    mesh.attributes = SignedColorTexturingVertex::defaultAttribs;
+    fillVertices(mesh, positions.size(), [&](std::size_t i) {
+        return SignedColorTexturingVertex{positions[i], color, texCoords[i], values[i]};
+    });
 }
 
 void createSignedCircle(pmGL::IndexedTriangleMesh<SignedTexturingVertex>& mesh, float radius,
