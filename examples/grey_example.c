@@ -11,7 +11,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-#include "pixmora.h"
+#include <pixmora/pixmora.h>
 
 enum { WIDTH = 24, HEIGHT = 16, CHANNELS = 3 };
 

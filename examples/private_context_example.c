@@ -14,7 +14,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-#include "pixmora.h"
+#include <pixmora/pixmora.h>
 
 enum { WIDTH = 20, HEIGHT = 12, CHANNELS = 4 };
 

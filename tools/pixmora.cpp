@@ -7,7 +7,6 @@
 #include <EGL/egl.h>
 #include <EGL/eglext.h>
 #include <GLES3/gl3.h>
-#include <dlog.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -114,8 +113,10 @@ bool showLibraryLog = false;
 
 // The library's log sink. The library reports its progress through it at every
 // call; the tool passes those lines on only with --verbose, so that a run
-// prints nothing but its own result or error.
-extern "C" int __dlog_print(log_id_t, int prio, const char* tag, const char* fmt, ...) {
+// prints nothing but its own result or error. It is declared here rather than
+// taken from the platform's header, which is not part of the installed API:
+// the log id is an int-sized enum there.
+extern "C" int __dlog_print(int, int prio, const char* tag, const char* fmt, ...) {
     if (!showLibraryLog || fmt == nullptr) return 0;
     char message[4096];
     va_list args;
@@ -124,8 +125,7 @@ extern "C" int __dlog_print(log_id_t, int prio, const char* tag, const char* fmt
     va_end(args);
     std::string line(message);
     while (!line.empty() && line.back() == '\n') line.pop_back();
-    return std::fprintf(stderr, "%c/%s: %s\n", prio == DLOG_INFO ? 'I' : 'E', tag ? tag : "",
-                        line.c_str());
+    return std::fprintf(stderr, "%c/%s: %s\n", prio == 4 ? 'I' : 'E', tag ? tag : "", line.c_str());
 }
 
 namespace {

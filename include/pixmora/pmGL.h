@@ -8,7 +8,6 @@
 #include <EGL/eglext.h>
 #include <GLES3/gl3.h>
 #include <GLES2/gl2ext.h>
-#include <tbm_surface.h>
 
 #include <glm/glm.hpp>
 
@@ -24,6 +23,11 @@
 #ifndef GL_TEXTURE_EXTERNAL_OES
 #define GL_TEXTURE_EXTERNAL_OES 0x8D65
 #endif
+
+// A native buffer surface of the platform. Only the handle appears here, so
+// the header needs none of the platform's own headers.
+struct _tbm_surface;
+typedef struct _tbm_surface* tbm_surface_h;
 
 namespace PM_VISIBLE pmGL {
 

@@ -6,8 +6,6 @@
 #ifndef PIXMORA_PMUTIL_H
 #define PIXMORA_PMUTIL_H
 
-#include <dlog.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -55,9 +53,25 @@ struct SourceName {
         return sourceName.text;                                     \
     }())
 
+// The library's own code, built with the platform's log header at hand, logs
+// straight into it. Code built against the installed headers alone (the
+// inline helpers below, used by an application) goes through the library's
+// exported logLine, which writes the same line, so it needs neither the
+// platform's header nor its library.
+namespace PM_VISIBLE pmUtil {
+void logLine(int prio, const char* source, const char* function, int line, const char* fmt, ...)
+    __attribute__((format(printf, 5, 6)));
+}  // namespace pmUtil
+
+#if defined(PIXMORA_LOG_TO_PLATFORM)
+#include <dlog.h>
 #define PM_LOG_AT(prio, fmt, ...)                                                            \
     __dlog_print((log_id_t)PM_LOG_ID, prio, PM_LOG_TAG, "%s: %s(%d) > " fmt, PM_SOURCE_NAME, \
                  __func__, __LINE__, ##__VA_ARGS__)
+#else
+#define PM_LOG_AT(prio, fmt, ...) \
+    ::pmUtil::logLine(prio, PM_SOURCE_NAME, __func__, __LINE__, fmt, ##__VA_ARGS__)
+#endif
 
 // Error level is also the usual level for plain progress lines.
 #define PM_LOGE(fmt, ...) PM_LOG_AT(PM_PRIO_ERROR, fmt, ##__VA_ARGS__)

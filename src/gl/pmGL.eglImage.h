@@ -4,6 +4,8 @@
 #ifndef PIXMORA_SRC_GL_PMGL_EGLIMAGE_H
 #define PIXMORA_SRC_GL_PMGL_EGLIMAGE_H
 
+#include <tbm_surface.h>
+
 #include "pmGL.h"
 
 namespace pmGL {

@@ -33,10 +33,11 @@ void printError(GLuint object, InfoLogOwner owner) {
             glGetProgramInfoLog(object, length, nullptr, text);
         }
     }
+    const char* shown = text != nullptr ? text : "";
     if (owner == InfoLogOwner::Shader) {
-        PM_LOGE("Compile Error for a shader Object:\n%s\n", text);
+        PM_LOGE("Compile Error for a shader Object:\n%s\n", shown);
     } else {
-        PM_LOGE("Link Error for a Program Object:\n%s\n", text);
+        PM_LOGE("Link Error for a Program Object:\n%s\n", shown);
     }
     delete[] text;
 }
