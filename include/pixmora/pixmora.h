@@ -168,8 +168,10 @@ PM_API void pmPhotoFilterDelete(pmFilterObject* object);
  * @brief Uploads the input picture, copying it into a texture of the object.
  *
  * Bracketed. Rows are tightly packed, top row first for an upright result with
- * PM_FLIP_NONE. A width or height below 1 is refused (the earlier size stays)
- * and a null buffer is refused; both are logged.
+ * PM_FLIP_NONE. A null buffer is logged and refused. A width or height below 1
+ * is logged and the earlier size and layout are kept (1920 x 1080, 3 channels
+ * at first), and the buffer is then read at that size: always pass its true
+ * size.
  * @param object The photo effect; ignored when its handler is null.
  * @param buffer width * height * channels bytes; needed only during the call.
  * @param width Width in pixels.
@@ -238,7 +240,9 @@ PM_API void* pmBlurFilterCreate(unsigned type);
  * context is taken even when Create fails. Logs "Blur Version 1.0.12 ".
  * @param type PM_BLUR_PHOTO or PM_BLUR_VIDEO; an unknown type is logged.
  * @param kernelSize Taps of the Gaussian kernel, rounded to the nearest of 7,
- *        11, 15, ...; use 7 to 407 (the still blur keeps to that range).
+ *        11, 15, ...; use 7 to 407. The still blur clamps to that range; a
+ *        video blur far outside it (negative, say) ends the process on an
+ *        assertion.
  * @return The handler, or null for an unknown type or when memory runs out.
  */
 PM_API void* pmBlurFilterCreateWithKernelSize(unsigned type, int kernelSize);
@@ -256,8 +260,8 @@ PM_API void pmBlurFilterDelete(pmFilterObject* object);
  * @brief Uploads an RGB or RGBA input picture.
  *
  * Bracketed. For a video blur each call is a new frame, captured at the next
- * due draw. Bad sizes and a null buffer are refused as in
- * pmPhotoFilterSetBuffer().
+ * due draw. A null buffer and a size below 1 are handled as in
+ * pmPhotoFilterSetBuffer(): always pass the buffer's true size.
  * @param object The blur; ignored when its handler is null.
  * @param buffer width * height * channels bytes, rows tightly packed.
  * @param width Width in pixels.
@@ -300,8 +304,9 @@ PM_API void pmBlurFilterSetBufferYUV444(pmFilterObject object, pmBlurBufferYUV44
 /**
  * @brief Interleaved three-channel luma and chroma input, whatever colorType says.
  *
- * Bracketed; uploaded as three channels like RGB. For a video blur each call
- * is a new frame. A null handler is logged and ignored.
+ * Bracketed; uploaded as three channels like RGB, with the size rules of
+ * pmPhotoFilterSetBuffer(). For a video blur each call is a new frame. A null
+ * handler is logged and ignored.
  * @param object The blur.
  * @param input width * height * 3 bytes in @c input.buffer; @c colorType is
  *        ignored.
@@ -357,9 +362,11 @@ PM_API void pmBlurFilterSetNativeDisplayInfo(pmFilterObject object, void* displa
 /**
  * @brief Draws the blur into the framebuffer bound on this thread.
  *
- * Bracketed; the caller's viewport, nothing cleared. A video blur captures the
- * waiting frame when due and draws the cross-fade of its last two captures;
- * before any frame it logs and draws nothing.
+ * Bracketed; the caller's viewport, nothing cleared. A still blur draws a fresh
+ * blur of its input, or the last read-back result once
+ * pmBlurFilterSetOutputBuffer() was given COLOR_TYPE_YUVA or COLOR_TYPE_YUV. A
+ * video blur captures the waiting frame when due and draws the cross-fade of
+ * its last two captures; before any frame it logs and draws nothing.
  * @param object The blur; ignored when its handler is null.
  * @param width Not used.
  * @param height Not used.
@@ -442,7 +449,9 @@ PM_API void pmSetEGLDisplay(void* display);
  * @brief Turns the private per-thread contexts back on (the default).
  *
  * Needs no context. Bracketed functions then run on the thread's private
- * context and leave the caller's current context as it was.
+ * context and leave the caller's current context as it was. A thread whose
+ * objects were created while disabled has no private context and keeps
+ * running on its current one.
  */
 PM_API void pmEnableInternalGLContext(void);
 
@@ -458,7 +467,7 @@ PM_API void pmDisableInternalGLContext(void);
 /**
  * @brief Writes a message to the library's log at error priority.
  *
- * Needs no context. A null message writes an empty line.
+ * Needs no context. A null message writes an empty message.
  * @param message A NUL-terminated string.
  */
 PM_API void PrintLog(char const* message);
