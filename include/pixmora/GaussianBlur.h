@@ -1,6 +1,16 @@
-// The separable Gaussian blur pass and its kernel. The kernel is computed on
-// the CPU for one size and written into the shader text as constant arrays:
-// the loop has a constant count and no kernel data is uploaded per frame.
+/**
+ * @file GaussianBlur.h
+ * @brief The separable Gaussian blur pass, its kernel, and the two blurs built on it.
+ *
+ * The kernel is computed on the CPU for one size and written into the shader
+ * text as constant arrays: the loop has a constant count and no kernel data is
+ * uploaded per frame. A horizontal program draws into an internal framebuffer,
+ * a vertical one into the framebuffer bound at the call. CustomGaussianBlur gets
+ * a variable strength by blurring a scaled-down copy and stretching it back
+ * through a dithering stage; VideoGaussianBlur captures blurred frames now and
+ * then and cross-fades between the last two at every draw. Every call needs a
+ * current GL context on the calling thread.
+ */
 #ifndef PIXMORA_GAUSSIANBLUR_H
 #define PIXMORA_GAUSSIANBLUR_H
 

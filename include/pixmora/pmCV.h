@@ -1,8 +1,13 @@
-// The bridge between the library's 8-bit images and OpenCV: image files
-// through OpenCV's codecs, video files in and out, a camera, face detection
-// with a cascade classifier, colour conversion and colour palettes by k-means.
-// Images here are interleaved and in RGB order; each function converts to and
-// from OpenCV's BGR order at its edge. No other layer depends on this one.
+/**
+ * @file pmCV.h
+ * @brief The OpenCV bridge (pmCV) for the library's 8-bit images.
+ *
+ * Image files through OpenCV's codecs, video files in and out, a camera, face
+ * detection with a cascade classifier, colour conversion and colour palettes by
+ * k-means. Images here are interleaved and in RGB order; each function converts
+ * to and from OpenCV's BGR order at its edge. No other layer depends on this one:
+ * it is a tool set for applications.
+ */
 #ifndef PIXMORA_PMCV_H
 #define PIXMORA_PMCV_H
 

@@ -1,14 +1,19 @@
-// pmColor: full-screen passes that convert colours between RGB and luma and
-// chroma (YUV 4:4:4 as three plain channels) on the GPU, in one render into
-// the framebuffer bound at the call. The sampling position comes from the
-// window, so input and output map 1 to 1 in normalised units.
-//
-// The two conversions are deliberately not inverse to each other:
-// RGB888ToYUV444Converter writes chroma centred at 0.0 (negative chroma clips
-// in an unsigned target), YUV444ToRGB888Converter reads it centred at 0.5.
-//
-// Calling order: Initialize, SetOutputResolution and SetInputTexture in any
-// order, Render as often as wanted, Terminate; all with a current GL context.
+/**
+ * @file pmColor.h
+ * @brief GPU colour conversion (pmColor): RGB to and from luma and chroma.
+ *
+ * The conversion (YUV 4:4:4 as three plain channels) runs on the GPU, in one
+ * render into the framebuffer bound at the call. The sampling position comes
+ * from the window, so input and output map 1 to 1 in normalised units. No filter
+ * object uses these classes; they serve code that needs the conversion alone.
+ *
+ * The two conversions are deliberately not inverse to each other:
+ * RGB888ToYUV444Converter writes chroma centred at 0.0 (negative chroma clips in
+ * an unsigned target), YUV444ToRGB888Converter reads it centred at 0.5.
+ *
+ * Calling order: Initialize, SetOutputResolution and SetInputTexture in any
+ * order, Render as often as wanted, Terminate; all with a current GL context.
+ */
 #ifndef PIXMORA_PMCOLOR_H
 #define PIXMORA_PMCOLOR_H
 

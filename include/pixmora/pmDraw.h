@@ -1,7 +1,14 @@
-// pmDraw: the GPU passes the filter objects are built from. A pass is a
-// fragment shader plus a create/delete/run family of free functions; the
-// classes keep the state, the free functions forward to one virtual slot.
-// Every call needs a current GL context on the calling thread.
+/**
+ * @file pmDraw.h
+ * @brief The GPU passes (pmDraw) that the filter objects are built from.
+ *
+ * A pass is a fragment shader plus a create/delete/run family of free functions;
+ * the classes keep the state (program, quad, uniform data, private framebuffers),
+ * and the free functions forward to one virtual slot. `BaseFilter` owns what any
+ * full-screen pass needs, `TextureFilter` adds one program, so a single-pass
+ * filter is nothing more than its shader. A pass draws into the framebuffer bound
+ * at the call. Every call needs a current GL context on the calling thread.
+ */
 #ifndef PIXMORA_PMDRAW_H
 #define PIXMORA_PMDRAW_H
 

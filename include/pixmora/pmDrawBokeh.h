@@ -1,16 +1,21 @@
-// Lens-blur passes of pmDraw. Both work on linearised colour, made by a
-// ContrastFilter first, so that bright points dominate the blur.
-//
-// PentagonBokeh: four directional line blurs at a width of 960, whose sample
-// lines are constants written into the shader text at creation; two sheared
-// blurs (horizontal then +45 degrees, horizontal then -45 degrees) are merged
-// by a per-channel minimum. The result stays linear.
-//
-// CircleBokeh: a disc of golden-angle samples whose radius grows from the
-// picture's centre to its corners, with the gamma put back.
-//
-// Calling order: create, setTexture, draw as often as wanted, delete. Every
-// call needs a current GL context on the calling thread.
+/**
+ * @file pmDrawBokeh.h
+ * @brief Lens-blur passes of pmDraw: PentagonBokeh and CircleBokeh.
+ *
+ * Both work on linearised colour, made by a ContrastFilter first, so that
+ * bright points dominate the blur. No filter object uses them.
+ *
+ * PentagonBokeh: four directional line blurs at a width of 960, whose sample
+ * lines are constants written into the shader text at creation; two sheared
+ * blurs (horizontal then +45 degrees, horizontal then -45 degrees) are merged
+ * by a per-channel minimum. The result stays linear.
+ *
+ * CircleBokeh: a disc of golden-angle samples whose radius grows from the
+ * picture's centre to its corners, with the gamma put back.
+ *
+ * Calling order: create, setTexture, draw as often as wanted, delete. Every
+ * call needs a current GL context on the calling thread.
+ */
 #ifndef PIXMORA_PMDRAWBOKEH_H
 #define PIXMORA_PMDRAWBOKEH_H
 

@@ -1,5 +1,12 @@
-// The composite stylising effects: two passes joined by a private frame
-// buffer, one of them a Gaussian blur held by value.
+/**
+ * @file pmDrawComposite.h
+ * @brief Composite stylising passes of pmDraw: bloom and the cartoon looks.
+ *
+ * Each joins two passes through a private framebuffer (a Gaussian blur held by
+ * value and a blend for Bloom and Cartoonify, a contrast curve and a disc blur
+ * for Cartoon) and draws its last pass into the framebuffer bound at the call.
+ * Every call needs a current GL context on the calling thread.
+ */
 #ifndef PIXMORA_PMDRAWCOMPOSITE_H
 #define PIXMORA_PMDRAWCOMPOSITE_H
 

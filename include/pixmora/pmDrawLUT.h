@@ -1,8 +1,14 @@
-// LUTFilter: applies a three-dimensional colour table to a texture in one
-// pass. The table of N steps is a strip texture N x N wide and N high: slice b
-// (blue) is the square whose left edge is at pixel b x N, red runs along x and
-// green along y within it. The shader interpolates red and green through the
-// sampler and blue itself, so the strip texture needs GL_LINEAR.
+/**
+ * @file pmDrawLUT.h
+ * @brief LUTFilter: applies a three-dimensional colour table to a texture in one pass.
+ *
+ * The table of N steps is a strip texture N x N wide and N high: slice b (blue)
+ * is the square whose left edge is at pixel b x N, red runs along x and green
+ * along y within it. The shader interpolates red and green through the sampler
+ * and blue itself, so the strip texture needs GL_LINEAR. It is the pmDraw pass
+ * for colour grading; no filter object uses it. Every call needs a current GL
+ * context.
+ */
 #ifndef PIXMORA_PMDRAWLUT_H
 #define PIXMORA_PMDRAWLUT_H
 

@@ -1,14 +1,19 @@
-// pmDraw texture renderers: a texture drawn as a positioned quad into the bound
-// framebuffer, as opposed to the filters, which work on a whole picture.
-// Three plain records share one set of free functions: TextureRenderer (any
-// fragment shader), NinePatchRenderer (a 4 x 4 grid whose borders keep their
-// pixel size) and DFTexture (a quad masked and outlined by a distance field).
-// Every call needs a current GL context on the calling thread.
-//
-// Vertex stage of the renderers: vTexCoord = aTexCoord, mirrored vertically by
-// "uFlipTexCoordY"; the position is aPosition * "uSize" taken through "uMVP".
-// The nine patch's vertices hold pixel positions already and have no uSize.
-// All fragment shaders write premultiplied colour, for the default blending.
+/**
+ * @file pmDrawTexture.h
+ * @brief Texture renderers of pmDraw: a texture drawn as a positioned quad.
+ *
+ * The quad goes into the bound framebuffer, as opposed to the filters, which
+ * work on a whole picture. Three plain records share one set of free
+ * functions: TextureRenderer (any fragment shader), NinePatchRenderer (a 4 x 4
+ * grid whose borders keep their pixel size) and DFTexture (a quad masked and
+ * outlined by a distance field). Every call needs a current GL context on the
+ * calling thread.
+ *
+ * Vertex stage of the renderers: vTexCoord = aTexCoord, mirrored vertically by
+ * "uFlipTexCoordY"; the position is aPosition * "uSize" taken through "uMVP".
+ * The nine patch's vertices hold pixel positions already and have no uSize.
+ * All fragment shaders write premultiplied colour, for the default blending.
+ */
 #ifndef PIXMORA_PMDRAWTEXTURE_H
 #define PIXMORA_PMDRAWTEXTURE_H
 

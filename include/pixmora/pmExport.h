@@ -1,5 +1,10 @@
-/* Visibility markers. The library is built with hidden visibility; only the C
- * entry points and the namespaces of the lower layers are exported. */
+/**
+ * @file pmExport.h
+ * @brief Visibility markers of the public headers.
+ *
+ * The library is built with hidden visibility; only the C entry points
+ * (PM_API) and the namespaces of the lower layers (PM_VISIBLE) are exported.
+ */
 #ifndef PIXMORA_PMEXPORT_H
 #define PIXMORA_PMEXPORT_H
 

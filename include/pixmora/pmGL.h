@@ -1,6 +1,13 @@
-// pmGL: a thin procedural layer over OpenGL ES 3 and EGL. Resources are plain
-// records owned by value; free functions fill, use and empty them. No record
-// frees its GL object on destruction: call the matching delete function.
+/**
+ * @file pmGL.h
+ * @brief The GL layer (pmGL): a thin procedural layer over OpenGL ES 3 and EGL.
+ *
+ * Resources are plain records owned by value by whoever declares them; free
+ * functions take a record by reference and fill, use or empty it. A GL resource
+ * record holds its GL name in `id`, and 0 means empty. No record frees its GL
+ * object on destruction: call the matching delete function, which is safe on an
+ * empty record. Every GL call needs a current context on the calling thread.
+ */
 #ifndef PIXMORA_PMGL_H
 #define PIXMORA_PMGL_H
 

@@ -1,6 +1,16 @@
-// GLContextManager: a private EGL context for each thread that creates filter
-// objects, reference-counted, bound around every entry point's GL work so
-// that the application's own context is current again afterwards.
+/**
+ * @file pmGLContextManager.h
+ * @brief GLContextManager: a private EGL context for each thread that creates filter objects.
+ *
+ * A process-wide singleton keeps one entry per thread with a reference count:
+ * the exported Create functions register the calling thread, Delete releases
+ * it, and every entry point binds the thread's context around its GL work so
+ * that the application's own context is current again afterwards. The private
+ * context shares no objects with the application's and renders on the surfaces
+ * that were current at the thread's first registration. When disabled
+ * (pmDisableInternalGLContext), binding does nothing and all GL work runs on the
+ * caller's current context.
+ */
 #ifndef PIXMORA_PMGLCONTEXTMANAGER_H
 #define PIXMORA_PMGLCONTEXTMANAGER_H
 

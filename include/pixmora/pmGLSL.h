@@ -1,7 +1,12 @@
-// pmGLSL: GLSL ES 3.00 source chunks that the passes splice into their shaders.
-// GLSL ES has no include mechanism, so a shader is a plain concatenation of a
-// header chunk, further chunks and its main. Only the two headers carry a
-// version line; every other chunk starts with a line break.
+/**
+ * @file pmGLSL.h
+ * @brief Shader text (pmGLSL): GLSL ES 3.00 chunks that the passes splice together.
+ *
+ * GLSL ES has no include mechanism, so a shader is a plain concatenation of a
+ * header chunk, further chunks and its main, handed to the program builders of
+ * pmDraw. Only the two headers carry a version line; every other chunk starts
+ * with a line break.
+ */
 #ifndef PIXMORA_PMGLSL_H
 #define PIXMORA_PMGLSL_H
 

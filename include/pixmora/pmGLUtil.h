@@ -1,7 +1,12 @@
-// The file helpers of pmGL: textures and framebuffers joined to files. Images are loaded into
-// textures, framebuffers saved as image files, colour attachments stored as a
-// run of image records in a binary stream, PKM files loaded as compressed
-// textures, and height images turned into two-channel gradient textures.
+/**
+ * @file pmGLUtil.h
+ * @brief The file helpers of pmGL: textures and framebuffers joined to files.
+ *
+ * Images are loaded into textures, framebuffers saved as image files, colour
+ * attachments stored as a run of image records in a binary stream, PKM files
+ * loaded as compressed textures, and height images turned into two-channel
+ * gradient textures. Every call needs a current GL context.
+ */
 #ifndef PIXMORA_PMGLUTIL_H
 #define PIXMORA_PMGLUTIL_H
 

@@ -1,7 +1,12 @@
-// Packed pixels of one to four bytes that overlay the pixels of an image, and
-// tools on 8-bit images: moving channels between images, a lossless delta
-// between two images with its signs packed one bit per changed byte, and a
-// deterministic noise pattern for dithering.
+/**
+ * @file pmImg.h
+ * @brief Packed pixels and channel tools on 8-bit images (pmImg).
+ *
+ * Packed pixels of one to four bytes that overlay the pixels of an image, and
+ * tools on 8-bit images: moving channels between images, a lossless delta between
+ * two images with its signs packed one bit per changed byte, and a deterministic
+ * noise pattern for dithering. Nothing here calls GL.
+ */
 #ifndef PIXMORA_PMIMG_H
 #define PIXMORA_PMIMG_H
 

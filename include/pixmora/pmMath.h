@@ -1,6 +1,12 @@
-// pmMath: matrices and small geometric helpers over glm. Matrices are
-// column-major and indexed [column][row]; angles are radians, except the
-// camera's yaw and pitch, which are degrees.
+/**
+ * @file pmMath.h
+ * @brief Matrices and small geometric helpers over glm (pmMath).
+ *
+ * A model-view-projection record, a camera by yaw and pitch, 2D line
+ * intersection, angle arithmetic, an integer splitter and a piecewise linear
+ * mapper. Matrices are column-major and indexed [column][row]; angles are
+ * radians, except the camera's yaw and pitch, which are degrees.
+ */
 #ifndef PIXMORA_PMMATH_H
 #define PIXMORA_PMMATH_H
 

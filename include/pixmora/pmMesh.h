@@ -1,13 +1,17 @@
-// pmMesh: vertex formats and the CPU-side shape builders that fill meshes.
-//
-// Each shape has a low-level form that fills plain vectors of positions,
-// per-vertex values and triangles, and mesh forms that add texture coordinates
-// (and a colour where the format has one) and the format's attribute table.
-// Every function clears its outputs first. Angles are radians.
-//
-// Soft edges: the edged forms carry an alpha per vertex, 1 inside and the
-// outer alpha on the rim; the signed forms carry a value from 0 at the centre
-// to 1 on the rim.
+/**
+ * @file pmMesh.h
+ * @brief Vertex formats and the CPU-side shape builders that fill meshes (pmMesh).
+ *
+ * Each shape has a low-level form that fills plain vectors of positions,
+ * per-vertex values and triangles, and mesh forms that add texture coordinates
+ * (and a colour where the format has one) and the format's attribute table.
+ * Every function clears its outputs first and makes no GL call. Angles are
+ * radians.
+ *
+ * Soft edges: the edged forms carry an alpha per vertex, 1 inside and the outer
+ * alpha on the rim; the signed forms carry a value from 0 at the centre to 1 on
+ * the rim.
+ */
 #ifndef PIXMORA_PMMESH_H
 #define PIXMORA_PMMESH_H
 

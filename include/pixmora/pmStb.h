@@ -1,6 +1,12 @@
-// Image files by extension through stb_image and stb_image_write. Writing a
-// file first checks its path, so that a path that cannot be resolved (a loop
-// of symbolic links, a denied directory) is refused.
+/**
+ * @file pmStb.h
+ * @brief Image files by extension through stb_image and stb_image_write (pmStb).
+ *
+ * Loads and saves PNG, JPEG, BMP, TGA and Radiance HDR files, packs an image into
+ * a compressed memory block, and writes and reads an image as one record of a
+ * binary stream. Writing a file first checks its path, so that a path that
+ * cannot be resolved (a loop of symbolic links, a denied directory) is refused.
+ */
 #ifndef PIXMORA_PMSTB_H
 #define PIXMORA_PMSTB_H
 

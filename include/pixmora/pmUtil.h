@@ -1,8 +1,13 @@
-// Base helpers shared by every layer: logging, assertions that log and go on,
-// allocation that turns std::bad_alloc into a null result, image and memory
-// records, string formatting; and the small tools beside them: paths and
-// directory listing, a frame-rate meter, wall-clock data, the key map and
-// number-to-text conversion.
+/**
+ * @file pmUtil.h
+ * @brief Base helpers shared by every layer (pmUtil).
+ *
+ * Logging, assertions that log and go on, allocation that turns std::bad_alloc
+ * into a null result, the image and memory records `ImageData` and
+ * `MemoryBlock`, string formatting; and the small tools beside them: paths and
+ * directory listing, a frame-rate meter, wall-clock data, the key map and
+ * number-to-text conversion. Nothing here calls GL.
+ */
 #ifndef PIXMORA_PMUTIL_H
 #define PIXMORA_PMUTIL_H
 
