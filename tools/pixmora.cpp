@@ -8,6 +8,7 @@
 // name; this file only puts them together.
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <opencv2/core/utils/logger.hpp>
 
 #include "Commands.h"
 #include "LibraryLog.h"
@@ -16,6 +17,15 @@
 
 void setExample(CLI::App& command, const std::string& example) {
     command.footer("\nExample:\n  " + example);
+}
+
+// OpenCV writes its own warnings on stderr, several lines for a file it cannot
+// open; the tool says what went wrong in one line of its own instead, and
+// shows OpenCV's lines only with --verbose.
+void quietOpenCV() {
+    if (!libraryLogShownFlag()) {
+        cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
+    }
 }
 
 int main(int argc, char** argv) {
@@ -36,6 +46,7 @@ int main(int argc, char** argv) {
     addPaletteCommand(app);
     addKernelCommand(app);
     try {
+        app.parse_complete_callback([] { quietOpenCV(); });
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error);

@@ -31,6 +31,7 @@ struct VideoRequest {
     bool quiet = false;
     CLI::Option* blurOption = nullptr;
     CLI::Option* effectOption = nullptr;
+    CLI::Option* framesOption = nullptr;
 
     bool blurs() const { return blurOption->count() > 0; }
 };
@@ -42,6 +43,9 @@ void checkRequest(const VideoRequest& request) {
     }
     if (!request.blurs()) effectType(request.effect);
     if (!(request.renderFps >= 1.0)) throw ToolError("--render-fps must be at least 1");
+    if (request.framesOption->count() > 0 && request.frames < 1) {
+        throw ToolError("--frames must be at least 1");
+    }
     if (!endsWith(request.output, ".avi")) {
         throw ToolError("output file '" + request.output +
                         "' must end in .avi (motion JPEG in AVI)");
@@ -132,8 +136,8 @@ void addVideoCommand(CLI::App& app) {
         ->add_option("--render-fps", request->renderFps,
                      "Display rate R: each input frame is drawn R / (clip rate) times, rounded")
         ->capture_default_str();
-    video->add_option("--frames", request->frames, "Stop after N input frames")
-        ->check(CLI::PositiveNumber);
+    request->framesOption =
+        video->add_option("--frames", request->frames, "Stop after N input frames");
     addBlurLookOptions(*video, request->blur.look);
     video->add_flag("--no-interpolation{false}", request->blur.interpolation,
                     "Show each frame at once instead of cross-fading");

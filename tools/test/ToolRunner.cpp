@@ -1,6 +1,7 @@
 #include "ToolRunner.h"
 
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -15,7 +16,7 @@ std::string readFile(const fs::path& path) {
     return text.str();
 }
 
-std::string quoted(const std::string& text) {
+std::string inQuotes(const std::string& text) {
     return "'" + text + "'";
 }
 
@@ -31,8 +32,9 @@ void ToolTest::TearDown() {
 }
 
 RunResult ToolTest::run(const std::string& arguments) const {
-    const std::string command = quoted(PIXMORA_TOOL_PATH) + " " + arguments + " > " +
-                                quoted(path("stdout.txt")) + " 2> " + quoted(path("stderr.txt"));
+    const std::string command = inQuotes(PIXMORA_TOOL_PATH) + " " + arguments + " > " +
+                                inQuotes(path("stdout.txt")) + " 2> " +
+                                inQuotes(path("stderr.txt"));
     const int raw = std::system(command.c_str());
     RunResult result;
     result.signalled = WIFSIGNALED(raw) || (WIFEXITED(raw) && WEXITSTATUS(raw) >= 128);
@@ -55,6 +57,22 @@ std::vector<unsigned char> ToolTest::writeInput(const std::string& name, int wid
     }
     EXPECT_TRUE(pmStb::saveImage(path(name), Image(width, height, channel, pixels.data()), false));
     return pixels;
+}
+
+std::string sampleData(const std::string& name) {
+    const fs::path shipped = fs::path("/usr/share/doc/opencv-doc/examples/data") / name;
+    if (fs::exists(shipped)) return shipped.string();
+    const fs::path compressed = shipped.string() + ".gz";
+    if (!fs::exists(compressed)) return "";
+    const fs::path cached = fs::temp_directory_path() / ("pixmora-sample-" + name);
+    if (!fs::exists(cached)) {
+        const fs::path partial = cached.string() + ".part" + std::to_string(getpid());
+        const std::string command =
+            "gzip -dc " + inQuotes(compressed.string()) + " > " + inQuotes(partial.string());
+        if (std::system(command.c_str()) != 0) return "";
+        fs::rename(partial, cached);
+    }
+    return cached.string();
 }
 
 void expectRefused(const RunResult& result, const std::string& word) {

@@ -22,7 +22,7 @@ struct RunResult {
 };
 
 std::string readFile(const fs::path& path);
-std::string quoted(const std::string& text);
+std::string inQuotes(const std::string& text);
 
 class ToolTest : public ::testing::Test {
 protected:
@@ -39,6 +39,11 @@ protected:
 
     fs::path dir;
 };
+
+// A file of Debian's sample data (opencv-doc), decompressed into a cache
+// folder when the package ships it gzip-compressed; empty when neither is
+// there.
+std::string sampleData(const std::string& name);
 
 // A bad invocation ends with a non-zero status and a message.
 void expectRefused(const RunResult& result, const std::string& word);

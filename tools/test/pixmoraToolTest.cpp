@@ -68,7 +68,8 @@ TEST_F(ToolTest, GreyOfRgbImageMatchesLuminanceUpright) {
     const int width = 13;
     const int height = 7;
     std::vector<unsigned char> pixels = writeInput("in.png", width, height, 3);
-    RunResult result = run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.png")));
+    RunResult result =
+        run("effect grey " + inQuotes(path("in.png")) + " " + inQuotes(path("out.png")));
     ASSERT_EQ(result.status, 0) << result.err;
     EXPECT_TRUE(result.err.empty()) << result.err;
 
@@ -82,7 +83,8 @@ TEST_F(ToolTest, GreyOfRgbImageMatchesLuminanceUpright) {
 
 TEST_F(ToolTest, GreyOfRgbaImageKeepsAlphaChannelOpaque) {
     std::vector<unsigned char> pixels = writeInput("in.png", 9, 6, 4);
-    RunResult result = run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.png")));
+    RunResult result =
+        run("effect grey " + inQuotes(path("in.png")) + " " + inQuotes(path("out.png")));
     ASSERT_EQ(result.status, 0) << result.err;
     Image output = pmStb::loadImage(path("out.png"), false);
     EXPECT_EQ(output.channel, 4);
@@ -92,7 +94,8 @@ TEST_F(ToolTest, GreyOfRgbaImageKeepsAlphaChannelOpaque) {
 
 TEST_F(ToolTest, GreyOfOneChannelImage) {
     std::vector<unsigned char> pixels = writeInput("in.png", 5, 4, 1);
-    RunResult result = run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.png")));
+    RunResult result =
+        run("effect grey " + inQuotes(path("in.png")) + " " + inQuotes(path("out.png")));
     ASSERT_EQ(result.status, 0) << result.err;
     Image output = pmStb::loadImage(path("out.png"), false);
     EXPECT_EQ(output.channel, 3);
@@ -111,8 +114,8 @@ class ToolFlipTest : public ToolTest, public ::testing::WithParamInterface<FlipC
 TEST_P(ToolFlipTest, FlipModeMirrorsTheOutput) {
     const FlipCase flip = GetParam();
     std::vector<unsigned char> pixels = writeInput("in.png", 11, 6, 3);
-    RunResult result = run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.png")) +
-                           " --flip " + flip.mode);
+    RunResult result = run("effect grey " + inQuotes(path("in.png")) + " " +
+                           inQuotes(path("out.png")) + " --flip " + flip.mode);
     ASSERT_EQ(result.status, 0) << result.err;
     Image output = pmStb::loadImage(path("out.png"), false);
     expectGreyImage(
@@ -130,8 +133,8 @@ INSTANTIATE_TEST_SUITE_P(Modes, ToolFlipTest,
 
 TEST_F(ToolTest, VerboseShowsTheLibraryLog) {
     writeInput("in.png", 4, 4, 3);
-    RunResult result =
-        run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.png")) + " --verbose");
+    RunResult result = run("effect grey " + inQuotes(path("in.png")) + " " +
+                           inQuotes(path("out.png")) + " --verbose");
     ASSERT_EQ(result.status, 0) << result.err;
     EXPECT_NE(result.err.find("pmPhotoFilterCreate() - Type : 0"), std::string::npos) << result.err;
 }
@@ -150,14 +153,14 @@ TEST_F(ToolTest, HelpListsTheEffectCommandAndGrey) {
 TEST_F(ToolTest, UnknownEffectIsRefused) {
     writeInput("in.png", 4, 4, 3);
     RunResult result =
-        run("effect sparkle " + quoted(path("in.png")) + " " + quoted(path("out.png")));
+        run("effect sparkle " + inQuotes(path("in.png")) + " " + inQuotes(path("out.png")));
     expectRefused(result, "unknown effect 'sparkle'");
     EXPECT_FALSE(fs::exists(path("out.png")));
 }
 
 TEST_F(ToolTest, MissingInputIsRefused) {
     RunResult result =
-        run("effect grey " + quoted(path("absent.png")) + " " + quoted(path("out.png")));
+        run("effect grey " + inQuotes(path("absent.png")) + " " + inQuotes(path("out.png")));
     expectRefused(result, "cannot read image");
     EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
     EXPECT_FALSE(fs::exists(path("out.png")));
@@ -166,29 +169,30 @@ TEST_F(ToolTest, MissingInputIsRefused) {
 TEST_F(ToolTest, InputThatIsNoImageIsRefused) {
     std::ofstream(dir / "text.png") << "plain text";
     RunResult result =
-        run("effect grey " + quoted(path("text.png")) + " " + quoted(path("out.png")));
+        run("effect grey " + inQuotes(path("text.png")) + " " + inQuotes(path("out.png")));
     expectRefused(result, "cannot read image");
     EXPECT_FALSE(fs::exists(path("out.png")));
 }
 
 TEST_F(ToolTest, UnwritableOutputIsRefused) {
     writeInput("in.png", 4, 4, 3);
-    RunResult result =
-        run("effect grey " + quoted(path("in.png")) + " " + quoted(path("no/such/dir/out.png")));
+    RunResult result = run("effect grey " + inQuotes(path("in.png")) + " " +
+                           inQuotes(path("no/such/dir/out.png")));
     expectRefused(result, "cannot write image");
 }
 
 TEST_F(ToolTest, UnknownOutputExtensionIsRefused) {
     writeInput("in.png", 4, 4, 3);
-    RunResult result = run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.gif")));
+    RunResult result =
+        run("effect grey " + inQuotes(path("in.png")) + " " + inQuotes(path("out.gif")));
     expectRefused(result, "must end in .png");
     EXPECT_FALSE(fs::exists(path("out.gif")));
 }
 
 TEST_F(ToolTest, UnknownFlipModeIsRefused) {
     writeInput("in.png", 4, 4, 3);
-    RunResult result = run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.png")) +
-                           " --flip diagonal");
+    RunResult result = run("effect grey " + inQuotes(path("in.png")) + " " +
+                           inQuotes(path("out.png")) + " --flip diagonal");
     expectRefused(result, "--flip");
     EXPECT_FALSE(fs::exists(path("out.png")));
 }
@@ -249,7 +253,7 @@ TEST_F(ToolTest, BlurOfAConstantPictureIsThatPicture) {
         pixels[i + 2] = 40;
     }
     ASSERT_TRUE(pmStb::saveImage(path("flat.png"), Image(w, h, 3, pixels.data()), false));
-    RunResult result = run("blur " + quoted(path("flat.png")) + " " + quoted(path("soft.png")) +
+    RunResult result = run("blur " + inQuotes(path("flat.png")) + " " + inQuotes(path("soft.png")) +
                            " --intensity 10");
     ASSERT_EQ(result.status, 0) << result.err;
     Image out = pmStb::loadImage(path("soft.png"), false);
@@ -269,15 +273,15 @@ TEST_F(ToolTest, BlurKeepsTheOrientationAndAppliesDimAndMix) {
         for (int x = 0; x < w * 3; ++x) pixels[y * w * 3 + x] = 250;  // bright top half
     }
     ASSERT_TRUE(pmStb::saveImage(path("half.png"), Image(w, h, 3, pixels.data()), false));
-    RunResult result = run("blur " + quoted(path("half.png")) + " " + quoted(path("soft.png")) +
+    RunResult result = run("blur " + inQuotes(path("half.png")) + " " + inQuotes(path("soft.png")) +
                            " --intensity 1 --kernel 7");
     ASSERT_EQ(result.status, 0) << result.err;
     Image out = pmStb::loadImage(path("soft.png"), false);
     EXPECT_GT(out.data[0], 200);                                              // top row bright
     EXPECT_LT(out.data[(static_cast<size_t>(h) - 1) * w * out.channel], 50);  // bottom dark
     pmUtil::deleteImageData(out);
-    result =
-        run("blur " + quoted(path("half.png")) + " " + quoted(path("red.png")) + " --mix 1,0,0,1");
+    result = run("blur " + inQuotes(path("half.png")) + " " + inQuotes(path("red.png")) +
+                 " --mix 1,0,0,1");
     ASSERT_EQ(result.status, 0) << result.err;
     out = pmStb::loadImage(path("red.png"), false);
     EXPECT_GE(out.data[0], 254);
@@ -288,7 +292,7 @@ TEST_F(ToolTest, BlurKeepsTheOrientationAndAppliesDimAndMix) {
 TEST_F(ToolTest, BlurRefusesAMalformedMixColour) {
     writeInput("in.png", 4, 4, 3);
     expectRefused(
-        run("blur " + quoted(path("in.png")) + " " + quoted(path("out.png")) + " --mix 1,2"),
+        run("blur " + inQuotes(path("in.png")) + " " + inQuotes(path("out.png")) + " --mix 1,2"),
         "--mix");
     EXPECT_FALSE(fs::exists(path("out.png")));
 }
@@ -296,7 +300,7 @@ TEST_F(ToolTest, BlurRefusesAMalformedMixColour) {
 TEST_F(ToolTest, GalleryWritesEveryPictureAndAnIndex) {
     writeInput("in.png", 24, 16, 3);
     fs::create_directories(path("gallery"));
-    RunResult result = run("gallery " + quoted(path("in.png")) + " " + quoted(path("gallery")));
+    RunResult result = run("gallery " + inQuotes(path("in.png")) + " " + inQuotes(path("gallery")));
     ASSERT_EQ(result.status, 0) << result.err;
     const std::string index = readFile(path("gallery/index.html"));
     for (const char* file : {"effect-grey.png", "effect-painting.png", "effect-cross-hatch.png",
@@ -305,8 +309,17 @@ TEST_F(ToolTest, GalleryWritesEveryPictureAndAnIndex) {
         EXPECT_NE(index.find(std::string("src=\"") + file + "\""), std::string::npos) << file;
     }
     EXPECT_NE(index.find("intensity 20"), std::string::npos);
-    expectRefused(run("gallery " + quoted(path("in.png")) + " " + quoted(path("missing"))),
-                  "OUTDIR");
+}
+
+TEST_F(ToolTest, GalleryMakesAMissingFolderAndRefusesAFile) {
+    writeInput("in.png", 8, 6, 3);
+    RunResult made =
+        run("gallery " + inQuotes(path("in.png")) + " " + inQuotes(path("new/deeper")));
+    ASSERT_EQ(made.status, 0) << made.err;
+    EXPECT_TRUE(fs::exists(path("new/deeper/index.html")));
+    std::ofstream(dir / "plain") << "a file";
+    expectRefused(run("gallery " + inQuotes(path("in.png")) + " " + inQuotes(path("plain"))),
+                  "cannot create folder");
 }
 
 TEST_F(ToolTest, EveryEffectNameWritesAPicture) {
@@ -314,8 +327,8 @@ TEST_F(ToolTest, EveryEffectNameWritesAPicture) {
     for (const char* name : {"grey", "sepia", "bloom", "monotonous-blur", "cartoon", "chroma",
                              "night-vision", "cross-stitch", "painting", "cross-hatch"}) {
         const std::string out = path(std::string(name) + ".png");
-        RunResult result =
-            run(std::string("effect ") + name + " " + quoted(path("in.png")) + " " + quoted(out));
+        RunResult result = run(std::string("effect ") + name + " " + inQuotes(path("in.png")) +
+                               " " + inQuotes(out));
         ASSERT_EQ(result.status, 0) << name << ": " << result.err;
         Image image = pmStb::loadImage(out, false);
         EXPECT_EQ(image.width, 20) << name;
@@ -337,8 +350,8 @@ TEST_F(ToolTest, LutWithAnIdentityTableGivesThePictureBack) {
         }
     }
     ASSERT_TRUE(pmStb::saveImage(path("table.png"), Image(n * n, n, 3, table.data()), false));
-    RunResult result = run("lut " + quoted(path("in.png")) + " " + quoted(path("table.png")) + " " +
-                           quoted(path("out.png")));
+    RunResult result = run("lut " + inQuotes(path("in.png")) + " " + inQuotes(path("table.png")) +
+                           " " + inQuotes(path("out.png")));
     ASSERT_EQ(result.status, 0) << result.err;
     Image out = pmStb::loadImage(path("out.png"), false);
     ASSERT_EQ(out.width, 16);
@@ -346,8 +359,8 @@ TEST_F(ToolTest, LutWithAnIdentityTableGivesThePictureBack) {
         ASSERT_NEAR(out.data[i], pixels[i], 2) << i;
     }
     pmUtil::deleteImageData(out);
-    expectRefused(run("lut " + quoted(path("in.png")) + " " + quoted(path("in.png")) + " " +
-                      quoted(path("bad.png"))),
+    expectRefused(run("lut " + inQuotes(path("in.png")) + " " + inQuotes(path("in.png")) + " " +
+                      inQuotes(path("bad.png"))),
                   "N*N pixels wide");
 }
 
