@@ -16,7 +16,7 @@
 #include "Version.h"
 
 void setExample(CLI::App& command, const std::string& example) {
-    command.footer("\nExample:\n  " + example);
+    command.footer("Example:\n  " + example);
 }
 
 // OpenCV writes its own warnings on stderr, several lines for a file it cannot
