@@ -1,6 +1,10 @@
 // The video command on the first frames of a real clip (people walking, 768 x
 // 576 at 10 frames a second), checked against the input frames decoded here.
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
 
 #include <algorithm>
 #include <cmath>
@@ -231,6 +235,36 @@ TEST_F(VideoToolTest, ASuccessfulRunLeavesOnlyTheFinishedFile) {
         const std::string name = entry.path().filename().string();
         EXPECT_TRUE(name == "stdout.txt" || name == "stderr.txt" || name == "out.avi") << name;
     }
+}
+
+// Waits for the temporary file of a run to appear in `dir`, for at most a
+// minute; its name starts with a dot and the output's stem.
+bool partialAppears(const fs::path& dir) {
+    for (int wait = 0; wait < 600; ++wait) {
+        for (const fs::directory_entry& entry : fs::directory_iterator(dir)) {
+            if (entry.path().filename().string().rfind(".out.part", 0) == 0) return true;
+        }
+        usleep(100 * 1000);
+    }
+    return false;
+}
+
+TEST_F(VideoToolTest, AnInterruptedRunLeavesNoFile) {
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        const std::string out = path("out.avi");
+        execl(PIXMORA_TOOL_PATH, "pixmora", "video", clip.c_str(), out.c_str(), "--blur", "10",
+              "-q", static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    const bool started = partialAppears(dir);
+    kill(child, SIGTERM);
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(started);
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_TRUE(fs::is_empty(dir));
 }
 
 TEST_F(ToolTest, FacesFindsAPersonAndNoneInALandscape) {
