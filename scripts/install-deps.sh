@@ -10,7 +10,7 @@ packages=(
   libglm-dev libstb-dev libcli11-dev
   libgtest-dev libgmock-dev googletest libbenchmark-dev
   mate-backgrounds
-  libopencv-dev opencv-data
+  libopencv-dev opencv-data opencv-doc
   doxygen
 )
 

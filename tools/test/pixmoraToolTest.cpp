@@ -11,78 +11,10 @@
 #include <string>
 #include <vector>
 
+#include "ToolRunner.h"
 #include "pmStb.h"
 
 namespace {
-
-namespace fs = std::filesystem;
-using Image = pmUtil::ImageData<unsigned char>;
-
-struct RunResult {
-    int status = -1;
-    bool signalled = false;
-    std::string out;
-    std::string err;
-};
-
-std::string readFile(const fs::path& path) {
-    std::ifstream stream(path);
-    std::stringstream text;
-    text << stream.rdbuf();
-    return text.str();
-}
-
-std::string quoted(const std::string& text) {
-    return "'" + text + "'";
-}
-
-class ToolTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/pixmora-tool-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        dir = pattern;
-    }
-    void TearDown() override {
-        std::error_code ignored;
-        fs::remove_all(dir, ignored);
-    }
-
-    std::string path(const std::string& name) const { return (dir / name).string(); }
-
-    RunResult run(const std::string& arguments) const {
-        const std::string command = quoted(PIXMORA_TOOL_PATH) + " " + arguments + " > " +
-                                    quoted(path("stdout.txt")) + " 2> " +
-                                    quoted(path("stderr.txt"));
-        const int raw = std::system(command.c_str());
-        RunResult result;
-        result.signalled = WIFSIGNALED(raw) || (WIFEXITED(raw) && WEXITSTATUS(raw) >= 128);
-        result.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-        result.out = readFile(dir / "stdout.txt");
-        result.err = readFile(dir / "stderr.txt");
-        return result;
-    }
-
-    // Writes a picture whose every pixel differs from its neighbours, so that
-    // any mirror or shift of the output shows.
-    std::vector<unsigned char> writeInput(const std::string& name, int width, int height,
-                                          int channel) const {
-        std::vector<unsigned char> pixels(static_cast<size_t>(width) * height * channel);
-        for (int y = 0; y < height; ++y) {
-            for (int x = 0; x < width; ++x) {
-                unsigned char* p = &pixels[(static_cast<size_t>(y) * width + x) * channel];
-                for (int c = 0; c < channel; ++c)
-                    p[c] = static_cast<unsigned char>(x * 19 + y * 53 + c * 97);
-                if (channel == 4) p[3] = static_cast<unsigned char>(64 + x * 7);
-            }
-        }
-        EXPECT_TRUE(
-            pmStb::saveImage(path(name), Image(width, height, channel, pixels.data()), false));
-        return pixels;
-    }
-
-    fs::path dir;
-};
 
 // The grey level of the effect: the luminance of the colour, on the CPU.
 std::vector<int> expectedGrey(const std::vector<unsigned char>& pixels, int width, int height,
@@ -136,7 +68,8 @@ TEST_F(ToolTest, GreyOfRgbImageMatchesLuminanceUpright) {
     const int width = 13;
     const int height = 7;
     std::vector<unsigned char> pixels = writeInput("in.png", width, height, 3);
-    RunResult result = run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.png")));
+    RunResult result =
+        run("effect grey " + inQuotes(path("in.png")) + " " + inQuotes(path("out.png")));
     ASSERT_EQ(result.status, 0) << result.err;
     EXPECT_TRUE(result.err.empty()) << result.err;
 
@@ -150,7 +83,8 @@ TEST_F(ToolTest, GreyOfRgbImageMatchesLuminanceUpright) {
 
 TEST_F(ToolTest, GreyOfRgbaImageKeepsAlphaChannelOpaque) {
     std::vector<unsigned char> pixels = writeInput("in.png", 9, 6, 4);
-    RunResult result = run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.png")));
+    RunResult result =
+        run("effect grey " + inQuotes(path("in.png")) + " " + inQuotes(path("out.png")));
     ASSERT_EQ(result.status, 0) << result.err;
     Image output = pmStb::loadImage(path("out.png"), false);
     EXPECT_EQ(output.channel, 4);
@@ -160,7 +94,8 @@ TEST_F(ToolTest, GreyOfRgbaImageKeepsAlphaChannelOpaque) {
 
 TEST_F(ToolTest, GreyOfOneChannelImage) {
     std::vector<unsigned char> pixels = writeInput("in.png", 5, 4, 1);
-    RunResult result = run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.png")));
+    RunResult result =
+        run("effect grey " + inQuotes(path("in.png")) + " " + inQuotes(path("out.png")));
     ASSERT_EQ(result.status, 0) << result.err;
     Image output = pmStb::loadImage(path("out.png"), false);
     EXPECT_EQ(output.channel, 3);
@@ -179,8 +114,8 @@ class ToolFlipTest : public ToolTest, public ::testing::WithParamInterface<FlipC
 TEST_P(ToolFlipTest, FlipModeMirrorsTheOutput) {
     const FlipCase flip = GetParam();
     std::vector<unsigned char> pixels = writeInput("in.png", 11, 6, 3);
-    RunResult result = run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.png")) +
-                           " --flip " + flip.mode);
+    RunResult result = run("effect grey " + inQuotes(path("in.png")) + " " +
+                           inQuotes(path("out.png")) + " --flip " + flip.mode);
     ASSERT_EQ(result.status, 0) << result.err;
     Image output = pmStb::loadImage(path("out.png"), false);
     expectGreyImage(
@@ -198,8 +133,8 @@ INSTANTIATE_TEST_SUITE_P(Modes, ToolFlipTest,
 
 TEST_F(ToolTest, VerboseShowsTheLibraryLog) {
     writeInput("in.png", 4, 4, 3);
-    RunResult result =
-        run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.png")) + " --verbose");
+    RunResult result = run("effect grey " + inQuotes(path("in.png")) + " " +
+                           inQuotes(path("out.png")) + " --verbose");
     ASSERT_EQ(result.status, 0) << result.err;
     EXPECT_NE(result.err.find("pmPhotoFilterCreate() - Type : 0"), std::string::npos) << result.err;
 }
@@ -215,24 +150,17 @@ TEST_F(ToolTest, HelpListsTheEffectCommandAndGrey) {
     EXPECT_NE(effect.out.find("--flip"), std::string::npos) << effect.out;
 }
 
-// A bad invocation ends with a non-zero status, a message and no output file.
-void expectRefused(const RunResult& result, const std::string& word) {
-    EXPECT_FALSE(result.signalled) << result.err;
-    EXPECT_NE(result.status, 0);
-    EXPECT_NE(result.err.find(word), std::string::npos) << result.err;
-}
-
 TEST_F(ToolTest, UnknownEffectIsRefused) {
     writeInput("in.png", 4, 4, 3);
     RunResult result =
-        run("effect sparkle " + quoted(path("in.png")) + " " + quoted(path("out.png")));
+        run("effect sparkle " + inQuotes(path("in.png")) + " " + inQuotes(path("out.png")));
     expectRefused(result, "unknown effect 'sparkle'");
     EXPECT_FALSE(fs::exists(path("out.png")));
 }
 
 TEST_F(ToolTest, MissingInputIsRefused) {
     RunResult result =
-        run("effect grey " + quoted(path("absent.png")) + " " + quoted(path("out.png")));
+        run("effect grey " + inQuotes(path("absent.png")) + " " + inQuotes(path("out.png")));
     expectRefused(result, "cannot read image");
     EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
     EXPECT_FALSE(fs::exists(path("out.png")));
@@ -241,29 +169,30 @@ TEST_F(ToolTest, MissingInputIsRefused) {
 TEST_F(ToolTest, InputThatIsNoImageIsRefused) {
     std::ofstream(dir / "text.png") << "plain text";
     RunResult result =
-        run("effect grey " + quoted(path("text.png")) + " " + quoted(path("out.png")));
+        run("effect grey " + inQuotes(path("text.png")) + " " + inQuotes(path("out.png")));
     expectRefused(result, "cannot read image");
     EXPECT_FALSE(fs::exists(path("out.png")));
 }
 
 TEST_F(ToolTest, UnwritableOutputIsRefused) {
     writeInput("in.png", 4, 4, 3);
-    RunResult result =
-        run("effect grey " + quoted(path("in.png")) + " " + quoted(path("no/such/dir/out.png")));
+    RunResult result = run("effect grey " + inQuotes(path("in.png")) + " " +
+                           inQuotes(path("no/such/dir/out.png")));
     expectRefused(result, "cannot write image");
 }
 
 TEST_F(ToolTest, UnknownOutputExtensionIsRefused) {
     writeInput("in.png", 4, 4, 3);
-    RunResult result = run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.gif")));
+    RunResult result =
+        run("effect grey " + inQuotes(path("in.png")) + " " + inQuotes(path("out.gif")));
     expectRefused(result, "must end in .png");
     EXPECT_FALSE(fs::exists(path("out.gif")));
 }
 
 TEST_F(ToolTest, UnknownFlipModeIsRefused) {
     writeInput("in.png", 4, 4, 3);
-    RunResult result = run("effect grey " + quoted(path("in.png")) + " " + quoted(path("out.png")) +
-                           " --flip diagonal");
+    RunResult result = run("effect grey " + inQuotes(path("in.png")) + " " +
+                           inQuotes(path("out.png")) + " --flip diagonal");
     expectRefused(result, "--flip");
     EXPECT_FALSE(fs::exists(path("out.png")));
 }
@@ -324,7 +253,7 @@ TEST_F(ToolTest, BlurOfAConstantPictureIsThatPicture) {
         pixels[i + 2] = 40;
     }
     ASSERT_TRUE(pmStb::saveImage(path("flat.png"), Image(w, h, 3, pixels.data()), false));
-    RunResult result = run("blur " + quoted(path("flat.png")) + " " + quoted(path("soft.png")) +
+    RunResult result = run("blur " + inQuotes(path("flat.png")) + " " + inQuotes(path("soft.png")) +
                            " --intensity 10");
     ASSERT_EQ(result.status, 0) << result.err;
     Image out = pmStb::loadImage(path("soft.png"), false);
@@ -344,15 +273,15 @@ TEST_F(ToolTest, BlurKeepsTheOrientationAndAppliesDimAndMix) {
         for (int x = 0; x < w * 3; ++x) pixels[y * w * 3 + x] = 250;  // bright top half
     }
     ASSERT_TRUE(pmStb::saveImage(path("half.png"), Image(w, h, 3, pixels.data()), false));
-    RunResult result = run("blur " + quoted(path("half.png")) + " " + quoted(path("soft.png")) +
+    RunResult result = run("blur " + inQuotes(path("half.png")) + " " + inQuotes(path("soft.png")) +
                            " --intensity 1 --kernel 7");
     ASSERT_EQ(result.status, 0) << result.err;
     Image out = pmStb::loadImage(path("soft.png"), false);
     EXPECT_GT(out.data[0], 200);                                              // top row bright
     EXPECT_LT(out.data[(static_cast<size_t>(h) - 1) * w * out.channel], 50);  // bottom dark
     pmUtil::deleteImageData(out);
-    result =
-        run("blur " + quoted(path("half.png")) + " " + quoted(path("red.png")) + " --mix 1,0,0,1");
+    result = run("blur " + inQuotes(path("half.png")) + " " + inQuotes(path("red.png")) +
+                 " --mix 1,0,0,1");
     ASSERT_EQ(result.status, 0) << result.err;
     out = pmStb::loadImage(path("red.png"), false);
     EXPECT_GE(out.data[0], 254);
@@ -363,7 +292,7 @@ TEST_F(ToolTest, BlurKeepsTheOrientationAndAppliesDimAndMix) {
 TEST_F(ToolTest, BlurRefusesAMalformedMixColour) {
     writeInput("in.png", 4, 4, 3);
     expectRefused(
-        run("blur " + quoted(path("in.png")) + " " + quoted(path("out.png")) + " --mix 1,2"),
+        run("blur " + inQuotes(path("in.png")) + " " + inQuotes(path("out.png")) + " --mix 1,2"),
         "--mix");
     EXPECT_FALSE(fs::exists(path("out.png")));
 }
@@ -371,7 +300,7 @@ TEST_F(ToolTest, BlurRefusesAMalformedMixColour) {
 TEST_F(ToolTest, GalleryWritesEveryPictureAndAnIndex) {
     writeInput("in.png", 24, 16, 3);
     fs::create_directories(path("gallery"));
-    RunResult result = run("gallery " + quoted(path("in.png")) + " " + quoted(path("gallery")));
+    RunResult result = run("gallery " + inQuotes(path("in.png")) + " " + inQuotes(path("gallery")));
     ASSERT_EQ(result.status, 0) << result.err;
     const std::string index = readFile(path("gallery/index.html"));
     for (const char* file : {"effect-grey.png", "effect-painting.png", "effect-cross-hatch.png",
@@ -380,8 +309,17 @@ TEST_F(ToolTest, GalleryWritesEveryPictureAndAnIndex) {
         EXPECT_NE(index.find(std::string("src=\"") + file + "\""), std::string::npos) << file;
     }
     EXPECT_NE(index.find("intensity 20"), std::string::npos);
-    expectRefused(run("gallery " + quoted(path("in.png")) + " " + quoted(path("missing"))),
-                  "OUTDIR");
+}
+
+TEST_F(ToolTest, GalleryMakesAMissingFolderAndRefusesAFile) {
+    writeInput("in.png", 8, 6, 3);
+    RunResult made =
+        run("gallery " + inQuotes(path("in.png")) + " " + inQuotes(path("new/deeper")));
+    ASSERT_EQ(made.status, 0) << made.err;
+    EXPECT_TRUE(fs::exists(path("new/deeper/index.html")));
+    std::ofstream(dir / "plain") << "a file";
+    expectRefused(run("gallery " + inQuotes(path("in.png")) + " " + inQuotes(path("plain"))),
+                  "cannot create folder");
 }
 
 TEST_F(ToolTest, EveryEffectNameWritesAPicture) {
@@ -389,8 +327,8 @@ TEST_F(ToolTest, EveryEffectNameWritesAPicture) {
     for (const char* name : {"grey", "sepia", "bloom", "monotonous-blur", "cartoon", "chroma",
                              "night-vision", "cross-stitch", "painting", "cross-hatch"}) {
         const std::string out = path(std::string(name) + ".png");
-        RunResult result =
-            run(std::string("effect ") + name + " " + quoted(path("in.png")) + " " + quoted(out));
+        RunResult result = run(std::string("effect ") + name + " " + inQuotes(path("in.png")) +
+                               " " + inQuotes(out));
         ASSERT_EQ(result.status, 0) << name << ": " << result.err;
         Image image = pmStb::loadImage(out, false);
         EXPECT_EQ(image.width, 20) << name;
@@ -412,8 +350,8 @@ TEST_F(ToolTest, LutWithAnIdentityTableGivesThePictureBack) {
         }
     }
     ASSERT_TRUE(pmStb::saveImage(path("table.png"), Image(n * n, n, 3, table.data()), false));
-    RunResult result = run("lut " + quoted(path("in.png")) + " " + quoted(path("table.png")) + " " +
-                           quoted(path("out.png")));
+    RunResult result = run("lut " + inQuotes(path("in.png")) + " " + inQuotes(path("table.png")) +
+                           " " + inQuotes(path("out.png")));
     ASSERT_EQ(result.status, 0) << result.err;
     Image out = pmStb::loadImage(path("out.png"), false);
     ASSERT_EQ(out.width, 16);
@@ -421,8 +359,8 @@ TEST_F(ToolTest, LutWithAnIdentityTableGivesThePictureBack) {
         ASSERT_NEAR(out.data[i], pixels[i], 2) << i;
     }
     pmUtil::deleteImageData(out);
-    expectRefused(run("lut " + quoted(path("in.png")) + " " + quoted(path("in.png")) + " " +
-                      quoted(path("bad.png"))),
+    expectRefused(run("lut " + inQuotes(path("in.png")) + " " + inQuotes(path("in.png")) + " " +
+                      inQuotes(path("bad.png"))),
                   "N*N pixels wide");
 }
 
