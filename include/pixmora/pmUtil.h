@@ -75,9 +75,15 @@ struct SourceName {
 
 namespace PM_VISIBLE pmUtil {
 
+// Passed by every safeNew and safeNewArray before it allocates. It does
+// nothing in normal use; the library's own tests can make it throw
+// std::bad_alloc to drive the callers down their out-of-memory paths.
+void allocationCheckpoint();
+
 template <typename T, typename... Args>
 T* safeNew(Args&&... args) {
     try {
+        allocationCheckpoint();
         return new T(std::forward<Args>(args)...);
     } catch (const std::bad_alloc& e) {
         PM_LOGE("%s\n", e.what());
@@ -89,6 +95,7 @@ template <typename T>
 T* safeNewArray(std::size_t _size) {
     PM_ASSERT(_size > 0);
     try {
+        allocationCheckpoint();
         return new T[_size];
     } catch (const std::bad_alloc& e) {
         PM_LOGE("%s\n", e.what());

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "GLTestContext.h"
+#include "HeldClock.h"
 #include "LogCapture.h"
 #include "PhotoFilterVideoBlur.h"
 #include "pmUtil.h"
@@ -207,6 +208,7 @@ protected:
     }
     // Starts a measuring period now, with nothing counted yet.
     void startMeasuring() {
+        clock = std::make_unique<HeldClock>();
         filter->updateInterval = 1000;
         filter->renderCount = 0;
         filter->inputCount = 0;
@@ -223,6 +225,7 @@ protected:
     }
 
     std::unique_ptr<PhotoFilterVideoBlur> filter;
+    std::unique_ptr<HeldClock> clock;
 };
 
 TEST(VideoBlurObjectTest, ConstructorSnapsTheKernelAndTouchesNoContext) {
@@ -274,19 +277,21 @@ TEST(VideoBlurObjectTest, NativeFrameOnAnUninitialisedObjectStillChangesTheCount
 }
 
 TEST(VideoBlurObjectTest, RatesGiveTheDrawsPerFrameRounded) {
+    HeldClock clock(5000000);
     PhotoFilterVideoBlur filter(35);
     LogCapture log;
     filter.lastUpdateTime = pmUtil::now();
     filter.renderCount = 60;
     filter.inputCount = 25;
+    clock.advance(999);
     filter.updateInterpolationCount();
     EXPECT_EQ(filter.renderCount, 60u) << "within the period nothing is measured";
-    filter.lastUpdateTime = pmUtil::now() - 1000;
+    clock.advance(1);
     filter.updateInterpolationCount();
     EXPECT_EQ(filter.interpolationCount, 2);
     EXPECT_EQ(filter.renderCount, 0u);
     EXPECT_EQ(filter.inputCount, 0u);
-    EXPECT_GE(filter.lastUpdateTime + 100, pmUtil::now());
+    EXPECT_EQ(filter.lastUpdateTime, 5001000u) << "the next period starts at the measurement";
     const std::vector<LogLine> lines = log.lines();
     ASSERT_EQ(lines.size(), 1u);
     EXPECT_EQ(lines[0].priority, 4);
@@ -296,20 +301,22 @@ TEST(VideoBlurObjectTest, RatesGiveTheDrawsPerFrameRounded) {
     // 90 / 25 + 0.5 = 4.1 truncates to 4; no Draws at all clamp to 1.
     filter.renderCount = 90;
     filter.inputCount = 25;
-    filter.lastUpdateTime = pmUtil::now() - 1000;
+    clock.advance(1000);
     filter.updateInterpolationCount();
     EXPECT_EQ(filter.interpolationCount, 4);
     filter.inputCount = 5;
-    filter.lastUpdateTime = pmUtil::now() - 1000;
+    clock.advance(1000);
     filter.updateInterpolationCount();
     EXPECT_EQ(filter.interpolationCount, 1);
 }
 
 TEST(VideoBlurObjectTest, PausedStreamCountsAsOneFrameAndCapsAtSixty) {
+    HeldClock clock;
     PhotoFilterVideoBlur filter(35);
     LogCapture log;
     filter.renderCount = 500;
-    filter.lastUpdateTime = pmUtil::now() - 1000;
+    filter.lastUpdateTime = pmUtil::now();
+    clock.advance(1000);
     filter.updateInterpolationCount();
     EXPECT_EQ(filter.interpolationCount, 60);
     EXPECT_EQ(log.countEndingWith("> calculateInterpolation() - bufferSets == 0."), 1);
@@ -482,18 +489,16 @@ TEST_F(VideoBlurFilterTest, ASecondWithoutFramesGrowsTheCountToTheDrawsPerSecond
     settleOn(constantFrame(16, 16, {10, 20, 30}), 16, 16);
     startMeasuring();
     LogCapture log;
+    // Forty Draws 25 ms apart: the fortieth is the first a full second after
+    // the period began, and it is counted before the measurement.
     int draws = 0;
-    const auto start = std::chrono::steady_clock::now();
-    while (filter->interpolationCount == 4 &&
-           std::chrono::steady_clock::now() - start < std::chrono::seconds(3)) {
+    while (filter->interpolationCount == 4 && draws < 100) {
+        clock->advance(25);
         filter->Draw(0, 0);
         ++draws;
-        std::this_thread::sleep_for(std::chrono::milliseconds(25));
     }
-    // About forty Draws a second, every one of them counted, no frame at all.
-    EXPECT_EQ(filter->interpolationCount, draws);
-    EXPECT_GT(draws, 10);
-    EXPECT_LE(draws, 41);
+    EXPECT_EQ(draws, 40);
+    EXPECT_EQ(filter->interpolationCount, 40);
     EXPECT_EQ(log.countEndingWith("> calculateInterpolation() - bufferSets == 0."), 1);
     EXPECT_EQ(
         log.count("> interpolationCount : [" + std::to_string(draws) + "], renderCountPerSec [" +
@@ -506,15 +511,14 @@ TEST_F(VideoBlurFilterTest, ASecondWithoutFramesGrowsTheCountToTheDrawsPerSecond
 TEST_F(VideoBlurFilterTest, ManyDrawsWithoutFramesStopAtSixty) {
     settleOn(constantFrame(16, 16, {10, 20, 30}), 16, 16);
     startMeasuring();
+    // 250 Draws 4 ms apart make a second; 250 a second clamp to sixty.
     int draws = 0;
-    const auto start = std::chrono::steady_clock::now();
-    while (filter->interpolationCount == 4 &&
-           std::chrono::steady_clock::now() - start < std::chrono::seconds(3)) {
+    while (filter->interpolationCount == 4 && draws < 1000) {
+        clock->advance(4);
         filter->Draw(0, 0);
         ++draws;
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
-    EXPECT_GT(draws, 60);
+    EXPECT_EQ(draws, 250);
     EXPECT_EQ(filter->interpolationCount, 60);
 }
 
@@ -522,17 +526,17 @@ TEST_F(VideoBlurFilterTest, FramesFasterThanDrawsSettleTheCountAtOne) {
     const std::vector<uint8_t> frame = checkerboard(32, 24, 4);
     filter->SetInputBufferInfo(COLOR_TYPE_RGBA, 32, 24);
     startMeasuring();
-    const auto start = std::chrono::steady_clock::now();
+    // Three frames and one Draw every 10 ms: 100 Draws to 300 frames, which
+    // rounds to 0.83 and clamps to one Draw per frame.
     int draws = 0;
-    while (filter->interpolationCount == 4 &&
-           std::chrono::steady_clock::now() - start < std::chrono::seconds(3)) {
+    while (filter->interpolationCount == 4 && draws < 200) {
+        clock->advance(10);
         for (int i = 0; i < 3; ++i) filter->SetInputBuffer(const_cast<uint8_t*>(frame.data()));
         filter->Draw(0, 0);
         ++draws;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     ASSERT_EQ(filter->interpolationCount, 1);
-    EXPECT_GT(draws, 5);
+    EXPECT_EQ(draws, 100);
     // A fade begun at the old count runs out within three Draws; from then on
     // every Draw captures the waiting frame, once, and rests on it.
     for (int i = 0; i < 3; ++i) {
