@@ -124,6 +124,76 @@ TEST_F(GaussianBlurDeathTest, CreateWithSizeFiveOrNineDoesNotReturn) {
     }
 }
 
+// ---- An independent computation of the kernel
+
+// The searched-sigma Gaussian and its folding into bilinear taps, written
+// here from the definition: the square root of the two-dimensional Gaussian at
+// row 0, its sigma raised in steps of 1, 0.1 and 0.01 from 1.0 until the edge
+// tap is above 0.02 / size, then folded as centre-halved pairs.
+struct FoldedKernel {
+    std::vector<float> weights;
+    std::vector<float> offsets;
+};
+
+std::vector<double> gaussianAt(int size, double sigma) {
+    const double mean = static_cast<double>(size / 2);
+    std::vector<double> values(static_cast<size_t>(size));
+    double sum = 0.0;
+    for (int x = 0; x < size; ++x) {
+        const double a = (x - mean) / sigma, b = mean / sigma;
+        const double value =
+            std::sqrt(std::exp(-0.5 * (a * a + b * b)) / (2.0 * M_PI * sigma * sigma));
+        values[static_cast<size_t>(x)] = static_cast<double>(static_cast<float>(value));
+        sum += values[static_cast<size_t>(x)];
+    }
+    sum = static_cast<double>(static_cast<float>(sum));
+    for (double& value : values) value /= sum;
+    return values;
+}
+
+FoldedKernel independentKernel(int size) {
+    const double threshold = static_cast<double>(0.02f / static_cast<float>(size));
+    double sigma = 1.0;
+    double step = 1.0;
+    std::vector<double> taps;
+    for (;;) {
+        taps = gaussianAt(size, sigma);
+        if (taps[0] > threshold) {  // false for not-a-number as well
+            if (step <= 0.02) break;
+            sigma = sigma - step + step * 0.1;
+            step *= 0.1;
+        } else {
+            sigma += step;
+        }
+    }
+    std::vector<float> oneSide;
+    for (int i = size / 2; i >= 0; --i) {
+        const float tap = static_cast<float>(taps[static_cast<size_t>(i)]);
+        oneSide.push_back(i == size / 2 ? tap * 0.5f : tap);
+    }
+    FoldedKernel kernel;
+    for (size_t i = 0; i + 1 < oneSide.size(); i += 2) {
+        const float weight = oneSide[i + 1] + oneSide[i];
+        kernel.weights.push_back(weight);
+        kernel.offsets.push_back(oneSide[i + 1] / weight + static_cast<float>(i));
+    }
+    return kernel;
+}
+
+TEST(GaussKernelTest, LibraryKernelAgreesWithAnIndependentComputation) {
+    for (int size = 3; size <= 103; size += 4) {
+        const FoldedKernel expected = independentKernel(size);
+        const pmDraw::GaussKernel kernel = pmDraw::describeGaussKernel(size);
+        ASSERT_EQ(kernel.weights.size(), expected.weights.size()) << size;
+        // Both are float sums of the same float taps in the same order; the
+        // only freedom is the search's double arithmetic, far below 1e-6.
+        for (size_t i = 0; i < expected.weights.size(); ++i) {
+            EXPECT_NEAR(kernel.weights[i], expected.weights[i], 1e-6) << size << " weight " << i;
+            EXPECT_NEAR(kernel.offsets[i], expected.offsets[i], 1e-5) << size << " offset " << i;
+        }
+    }
+}
+
 // ---- GPU against CPU
 
 struct Picture {
@@ -155,7 +225,7 @@ float bilinear(const Picture& p, float u, float v, int c) {
 
 // One direction of the folded kernel, quantised to 8 bits as the RGBA8
 // buffers are, alpha forced to 1.
-Picture blurDirection(const Picture& in, const pmDraw::GaussKernel& kernel, bool horizontal) {
+Picture blurDirection(const Picture& in, const FoldedKernel& kernel, bool horizontal) {
     Picture out = in;
     for (int y = 0; y < in.height; ++y) {
         for (int x = 0; x < in.width; ++x) {
@@ -204,7 +274,7 @@ TEST_F(GaussianBlurTest, BlurEqualsCpuConvolutionWithTheSameTaps) {
             const std::vector<uint8_t> out = gl->readTarget();
 
             Picture input{w, h, std::vector<float>(pixels.begin(), pixels.end())};
-            const pmDraw::GaussKernel kernel = pmDraw::describeGaussKernel(size);
+            const FoldedKernel kernel = independentKernel(size);
             const Picture expected =
                 blurDirection(blurDirection(input, kernel, true), kernel, false);
             int worst = 0;
@@ -279,13 +349,23 @@ TEST_F(GaussianBlurTest, BufferFollowsTheInputSizeOnlyAtSetTexture) {
     pmDraw::setTexture(blur, b, 0.0f);
     EXPECT_EQ(blur.buffer.width, 12);
     EXPECT_EQ(blur.buffer.height, 6);
-    // The following draw writes the new size: the horizontal pass set the
-    // viewport to the buffer.
+    // The following draw writes the new size: every texel of the 12 x 6
+    // buffer holds the horizontal pass of the new picture, which a pass drawn
+    // at the old 8 x 8 would leave short of on the right.
     gl->resizeTarget(12, 6);
     pmDraw::drawGaussianBlur(blur);
-    GLint viewport[4];
-    glGetIntegerv(GL_VIEWPORT, viewport);
-    EXPECT_EQ(viewport[2], 12);
+    std::vector<uint8_t> horizontal(12 * 6 * 4);
+    glBindFramebuffer(GL_FRAMEBUFFER, blur.buffer.id);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, 12, 6, GL_RGBA, GL_UNSIGNED_BYTE, horizontal.data());
+    glBindFramebuffer(GL_FRAMEBUFFER, gl->fbo);
+    const Picture expected = blurDirection(
+        Picture{12, 6, std::vector<float>(big.begin(), big.end())}, independentKernel(7), true);
+    int worst = 0;
+    for (size_t i = 0; i < horizontal.size(); ++i) {
+        worst = std::max(worst, std::abs(horizontal[i] - static_cast<int>(expected.rgba[i])));
+    }
+    EXPECT_LE(worst, 1) << "the horizontal pass did not cover the new size";
     pmDraw::deleteGaussianBlur(blur);
     pmGL::deleteTexture(a);
     pmGL::deleteTexture(b);
