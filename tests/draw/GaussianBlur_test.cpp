@@ -5,6 +5,7 @@
 #include <numeric>
 #include <vector>
 
+#include "CpuGaussianBlur.h"
 #include "GLTestContext.h"
 #include "GaussianBlur.h"
 #include "LogCapture.h"
@@ -124,65 +125,9 @@ TEST_F(GaussianBlurDeathTest, CreateWithSizeFiveOrNineDoesNotReturn) {
     }
 }
 
-// ---- An independent computation of the kernel
-
-// The searched-sigma Gaussian and its folding into bilinear taps, written
-// here from the definition: the square root of the two-dimensional Gaussian at
-// row 0, its sigma raised in steps of 1, 0.1 and 0.01 from 1.0 until the edge
-// tap is above 0.02 / size, then folded as centre-halved pairs.
-struct FoldedKernel {
-    std::vector<float> weights;
-    std::vector<float> offsets;
-};
-
-std::vector<double> gaussianAt(int size, double sigma) {
-    const double mean = static_cast<double>(size / 2);
-    std::vector<double> values(static_cast<size_t>(size));
-    double sum = 0.0;
-    for (int x = 0; x < size; ++x) {
-        const double a = (x - mean) / sigma, b = mean / sigma;
-        const double value =
-            std::sqrt(std::exp(-0.5 * (a * a + b * b)) / (2.0 * M_PI * sigma * sigma));
-        values[static_cast<size_t>(x)] = static_cast<double>(static_cast<float>(value));
-        sum += values[static_cast<size_t>(x)];
-    }
-    sum = static_cast<double>(static_cast<float>(sum));
-    for (double& value : values) value /= sum;
-    return values;
-}
-
-FoldedKernel independentKernel(int size) {
-    const double threshold = static_cast<double>(0.02f / static_cast<float>(size));
-    double sigma = 1.0;
-    double step = 1.0;
-    std::vector<double> taps;
-    for (;;) {
-        taps = gaussianAt(size, sigma);
-        if (taps[0] > threshold) {  // false for not-a-number as well
-            if (step <= 0.02) break;
-            sigma = sigma - step + step * 0.1;
-            step *= 0.1;
-        } else {
-            sigma += step;
-        }
-    }
-    std::vector<float> oneSide;
-    for (int i = size / 2; i >= 0; --i) {
-        const float tap = static_cast<float>(taps[static_cast<size_t>(i)]);
-        oneSide.push_back(i == size / 2 ? tap * 0.5f : tap);
-    }
-    FoldedKernel kernel;
-    for (size_t i = 0; i + 1 < oneSide.size(); i += 2) {
-        const float weight = oneSide[i + 1] + oneSide[i];
-        kernel.weights.push_back(weight);
-        kernel.offsets.push_back(oneSide[i + 1] / weight + static_cast<float>(i));
-    }
-    return kernel;
-}
-
 TEST(GaussKernelTest, LibraryKernelAgreesWithAnIndependentComputation) {
     for (int size = 3; size <= 103; size += 4) {
-        const FoldedKernel expected = independentKernel(size);
+        const cpublur::FoldedKernel expected = cpublur::independentKernel(size);
         const pmDraw::GaussKernel kernel = pmDraw::describeGaussKernel(size);
         ASSERT_EQ(kernel.weights.size(), expected.weights.size()) << size;
         // Both are float sums of the same float taps in the same order; the
@@ -195,58 +140,6 @@ TEST(GaussKernelTest, LibraryKernelAgreesWithAnIndependentComputation) {
 }
 
 // ---- GPU against CPU
-
-struct Picture {
-    int width = 0;
-    int height = 0;
-    std::vector<float> rgba;  // 0..255, bottom row first as GL stores it
-    float at(int x, int y, int c) const {
-        x = std::min(std::max(x, 0), width - 1);
-        y = std::min(std::max(y, 0), height - 1);
-        return rgba[(static_cast<size_t>(y) * width + x) * 4 + c];
-    }
-};
-
-// GL's bilinear read with clamp to edge, at texel-space coordinates, as the
-// software renderer filters 8-bit textures: the blend weight rounded to 1/256
-// and each blend done in 8-bit fixed point.
-float bilinear(const Picture& p, float u, float v, int c) {
-    const float xf = u - 0.5f, yf = v - 0.5f;
-    const int x0 = static_cast<int>(std::floor(xf)), y0 = static_cast<int>(std::floor(yf));
-    auto lerp = [](float a, float b, float t) {
-        const int weight = static_cast<int>(std::round(t * 256.0f));
-        const int ia = static_cast<int>(a), ib = static_cast<int>(b);
-        return static_cast<float>(ia + (((ib - ia) * weight + 128) >> 8));
-    };
-    const float top = lerp(p.at(x0, y0, c), p.at(x0 + 1, y0, c), xf - x0);
-    const float bottom = lerp(p.at(x0, y0 + 1, c), p.at(x0 + 1, y0 + 1, c), xf - x0);
-    return lerp(top, bottom, yf - y0);
-}
-
-// One direction of the folded kernel, quantised to 8 bits as the RGBA8
-// buffers are, alpha forced to 1.
-Picture blurDirection(const Picture& in, const FoldedKernel& kernel, bool horizontal) {
-    Picture out = in;
-    for (int y = 0; y < in.height; ++y) {
-        for (int x = 0; x < in.width; ++x) {
-            for (int c = 0; c < 3; ++c) {
-                float sum = 0.0f;
-                for (size_t i = 0; i < kernel.weights.size(); ++i) {
-                    const float o = kernel.offsets[i];
-                    const float u = x + 0.5f, v = y + 0.5f;
-                    const float a =
-                        horizontal ? bilinear(in, u + o, v, c) : bilinear(in, u, v + o, c);
-                    const float b =
-                        horizontal ? bilinear(in, u - o, v, c) : bilinear(in, u, v - o, c);
-                    sum += kernel.weights[i] * (a + b);
-                }
-                out.rgba[(static_cast<size_t>(y) * in.width + x) * 4 + c] = std::round(sum);
-            }
-            out.rgba[(static_cast<size_t>(y) * in.width + x) * 4 + 3] = 255.0f;
-        }
-    }
-    return out;
-}
 
 pmGL::Texture uploadPicture(const std::vector<uint8_t>& pixels, int w, int h) {
     pmGL::Texture tex;
@@ -273,10 +166,10 @@ TEST_F(GaussianBlurTest, BlurEqualsCpuConvolutionWithTheSameTaps) {
             pmDraw::drawGaussianBlur(blur);
             const std::vector<uint8_t> out = gl->readTarget();
 
-            Picture input{w, h, std::vector<float>(pixels.begin(), pixels.end())};
-            const FoldedKernel kernel = independentKernel(size);
-            const Picture expected =
-                blurDirection(blurDirection(input, kernel, true), kernel, false);
+            cpublur::Picture input{w, h, std::vector<float>(pixels.begin(), pixels.end())};
+            const cpublur::FoldedKernel kernel = cpublur::independentKernel(size);
+            const cpublur::Picture expected =
+                cpublur::blurDirection(cpublur::blurDirection(input, kernel, true), kernel, false);
             int worst = 0;
             for (size_t i = 0; i < out.size(); ++i) {
                 worst = std::max(worst, std::abs(out[i] - static_cast<int>(expected.rgba[i])));
@@ -359,8 +252,9 @@ TEST_F(GaussianBlurTest, BufferFollowsTheInputSizeOnlyAtSetTexture) {
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
     glReadPixels(0, 0, 12, 6, GL_RGBA, GL_UNSIGNED_BYTE, horizontal.data());
     glBindFramebuffer(GL_FRAMEBUFFER, gl->fbo);
-    const Picture expected = blurDirection(
-        Picture{12, 6, std::vector<float>(big.begin(), big.end())}, independentKernel(7), true);
+    const cpublur::Picture expected =
+        cpublur::blurDirection(cpublur::Picture{12, 6, std::vector<float>(big.begin(), big.end())},
+                               cpublur::independentKernel(7), true);
     int worst = 0;
     for (size_t i = 0; i < horizontal.size(); ++i) {
         worst = std::max(worst, std::abs(horizontal[i] - static_cast<int>(expected.rgba[i])));
