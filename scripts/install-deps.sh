@@ -8,7 +8,7 @@ packages=(
   build-essential cmake pkg-config
   libegl-dev libgles-dev libegl-mesa0 libgl1-mesa-dri
   libglm-dev libstb-dev libcli11-dev
-  libgtest-dev libgmock-dev googletest libbenchmark-dev
+  libgtest-dev libgmock-dev googletest libbenchmark-dev libtsan2
   mate-backgrounds
   libopencv-dev opencv-data opencv-doc
   doxygen

@@ -94,9 +94,15 @@ void logLine(int prio, const char* source, const char* function, int line, const
 
 namespace PM_VISIBLE pmUtil {
 
+// Passed by every safeNew and safeNewArray before it allocates. It does
+// nothing in normal use; the library's own tests can make it throw
+// std::bad_alloc to drive the callers down their out-of-memory paths.
+void allocationCheckpoint();
+
 template <typename T, typename... Args>
 T* safeNew(Args&&... args) {
     try {
+        allocationCheckpoint();
         return new T(std::forward<Args>(args)...);
     } catch (const std::bad_alloc& e) {
         PM_LOGE("%s\n", e.what());
@@ -108,6 +114,7 @@ template <typename T>
 T* safeNewArray(std::size_t _size) {
     PM_ASSERT(_size > 0);
     try {
+        allocationCheckpoint();
         return new T[_size];
     } catch (const std::bad_alloc& e) {
         PM_LOGE("%s\n", e.what());

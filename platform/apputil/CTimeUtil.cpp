@@ -1,8 +1,12 @@
 // The desktop clock comes from the C library: time() for the value and
-// localtime_r() for its calendar fields.
+// localtime_r() for its calendar fields; a held test clock goes first.
 #include "CTimeUtil.h"
 
+#include "TestClock.h"
+
 time_t CTimeUtil::GetCurrentTime() {
+    std::uint64_t held = 0;
+    if (apputilTestClock::read(&held)) return static_cast<time_t>(held / 1000);
     const time_t value = time(nullptr);
     return value == static_cast<time_t>(-1) ? 0 : value;
 }

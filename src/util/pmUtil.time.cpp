@@ -6,6 +6,10 @@
 
 #include "pmUtil.h"
 
+#ifndef PIXMORA_DEVICE_PLATFORM
+#include <TestClock.h>
+#endif
+
 namespace pmUtil {
 
 namespace {
@@ -25,6 +29,11 @@ TimeData<unsigned int> splitTime(unsigned long long milliseconds, bool withDays)
 }  // namespace
 
 std::uint64_t now() {
+#ifndef PIXMORA_DEVICE_PLATFORM
+    // The desktop stand-in's clock may be held by a test.
+    std::uint64_t held = 0;
+    if (apputilTestClock::read(&held)) return held;
+#endif
     const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
     return static_cast<std::uint64_t>(
         std::chrono::duration_cast<std::chrono::milliseconds>(sinceEpoch).count());

@@ -90,6 +90,38 @@ TEST_F(PhotoEffectsTest, MonotonousBlurOfAConstantGreyIsThatGrey) {
     EXPECT_FLOAT_EQ(blur->blur.scaleFactor, 0.5f);
 }
 
+TEST_F(PhotoEffectsTest, MonotonousBlurScalesASmallPictureUpBeforeBlurring) {
+    create(PM_PHOTO_MONOTONOUS_BLUR);
+    // Four grey columns. Scaled up to the 1920 x 1080 grey buffer, the linear
+    // filter turns them into ramps some 480 buffer pixels long, against which
+    // the blur (a kernel of 35 at half that size) only rounds the corners.
+    // Left at its own size, the blur would run over all four and flatten them.
+    const int columns[4] = {0, 60, 200, 255};
+    std::vector<uint8_t> pixels(4 * 2 * 4);
+    for (int y = 0; y < 2; ++y) {
+        for (int x = 0; x < 4; ++x) {
+            uint8_t* p = &pixels[(static_cast<size_t>(y) * 4 + x) * 4];
+            p[0] = p[1] = p[2] = static_cast<uint8_t>(columns[x]);
+            p[3] = 255;
+        }
+    }
+    pmPhotoFilterSetBuffer(object, pixels.data(), 4, 2, 4);
+    const int w = 64, h = 8;
+    const std::vector<uint8_t> out = draw(w, h);
+    for (int x = 0; x < w; ++x) {
+        // The four columns read linearly at this pixel's centre, clamped at
+        // the ends; grey is the same weights as the luma, which sum to 1.
+        const float u = std::min(std::max((x + 0.5f) / w * 4.0f - 0.5f, 0.0f), 3.0f);
+        const int left = std::min(static_cast<int>(u), 2);
+        const float expected = columns[left] + (columns[left + 1] - columns[left]) * (u - left);
+        // The rounded corners of the ramps (a blur of about 8 buffer pixels
+        // over a slope of at most 0.3 levels a pixel) and the dither: 4.
+        for (int y = 0; y < h; ++y) {
+            EXPECT_NEAR(out[(static_cast<size_t>(y) * w + x) * 4], expected, 4) << x << "," << y;
+        }
+    }
+}
+
 TEST_F(PhotoEffectsTest, BloomOfAConstantIsItsScreenBlendWithItself) {
     create(PM_PHOTO_BLOOM);
     const int w = 32, h = 32;
@@ -103,17 +135,77 @@ TEST_F(PhotoEffectsTest, BloomOfAConstantIsItsScreenBlendWithItself) {
     }
 }
 
+// The painting's least-variance square of four on the CPU, its samples
+// `step` texels apart around (x, y) in a picture stored bottom row first, read
+// at texel centres with clamping at the edges. Returns whether `out` holds,
+// within two levels, the mean of one of the squares of least variance.
+// Squares within 1e-4 of the least count as tied: the shader sums 36 squared
+// samples in single precision in its own order, so two squares that close
+// may be ranked either way.
+bool paintingMatches(const std::vector<uint8_t>& in, int w, int h, int x, int y, int step,
+                     const uint8_t* out) {
+    const int r = 5;
+    const int ranges[4][4] = {{-r, 0, -r, 0}, {-r, 0, 0, r}, {0, r, 0, r}, {0, r, -r, 0}};
+    const float n = static_cast<float>((r + 1) * (r + 1));
+    float means[4][3];
+    float sigma2[4];
+    float best = 100.0f;
+    for (int k = 0; k < 4; ++k) {
+        float m[3] = {0, 0, 0}, s[3] = {0, 0, 0};
+        for (int j = ranges[k][0]; j <= ranges[k][1]; ++j) {
+            for (int i = ranges[k][2]; i <= ranges[k][3]; ++i) {
+                const int sx = std::min(std::max(x + i * step, 0), w - 1);
+                const int sy = std::min(std::max(y + j * step, 0), h - 1);
+                for (int c = 0; c < 3; ++c) {
+                    const float v = in[(static_cast<size_t>(sy) * w + sx) * 4 + c] / 255.0f;
+                    m[c] += v;
+                    s[c] += v * v;
+                }
+            }
+        }
+        sigma2[k] = 0.0f;
+        for (int c = 0; c < 3; ++c) {
+            means[k][c] = m[c] / n;
+            sigma2[k] += std::fabs(s[c] / n - means[k][c] * means[k][c]);
+        }
+        best = std::min(best, sigma2[k]);
+    }
+    for (int k = 0; k < 4; ++k) {
+        if (sigma2[k] > best + 1e-4f) continue;
+        bool same = true;
+        for (int c = 0; c < 3; ++c) {
+            same = same && std::abs(out[c] - std::lround(means[k][c] * 255.0f)) <= 2;
+        }
+        if (same) return true;
+    }
+    return false;
+}
+
 TEST_F(PhotoEffectsTest, PaintingFollowsTheDrawSize) {
     create(PM_PHOTO_PAINTING);
     const int w = 48, h = 32;
     std::vector<uint8_t> pixels = makeTestPixels(w, h, 4, 23);
     pmPhotoFilterSetBuffer(object, pixels.data(), w, h, 4);
+    // Flip mode V is the flip (0, 0): the target's rows are the input's.
+    pmPhotoFilterSetFlipMode(object, PM_FLIP_V);
     gl->resizeTarget(w, h);
-    pmPhotoFilterDraw(object, w, h);
-    const std::vector<uint8_t> fine = gl->readTarget();
-    pmPhotoFilterDraw(object, w / 4, h / 4);
-    const std::vector<uint8_t> coarse = gl->readTarget();
-    EXPECT_NE(fine, coarse);
+    // The Draw size sets the step between samples: the picture's own size a
+    // texel, a quarter of it four texels, so the squares span 6 and 21.
+    for (int step : {1, 4}) {
+        gl->clearTarget(0, 0, 0, 0);
+        pmPhotoFilterDraw(object, w / step, h / step);
+        const std::vector<uint8_t> out = gl->readTarget();
+        int mismatches = 0, unlikeOtherStep = 0;
+        for (int y = 0; y < h; ++y) {
+            for (int x = 0; x < w; ++x) {
+                const uint8_t* p = &out[(static_cast<size_t>(y) * w + x) * 4];
+                if (!paintingMatches(pixels, w, h, x, y, step, p)) ++mismatches;
+                if (!paintingMatches(pixels, w, h, x, y, 5 - step, p)) ++unlikeOtherStep;
+            }
+        }
+        EXPECT_EQ(mismatches, 0) << "step " << step;
+        EXPECT_GT(unlikeOtherStep, w * h / 2) << "step " << step;
+    }
 }
 
 TEST_F(PhotoEffectsTest, FlipActsOnMonotonousBlurAndCrossHatching) {

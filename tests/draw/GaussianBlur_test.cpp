@@ -5,6 +5,7 @@
 #include <numeric>
 #include <vector>
 
+#include "CpuGaussianBlur.h"
 #include "GLTestContext.h"
 #include "GaussianBlur.h"
 #include "LogCapture.h"
@@ -124,59 +125,21 @@ TEST_F(GaussianBlurDeathTest, CreateWithSizeFiveOrNineDoesNotReturn) {
     }
 }
 
-// ---- GPU against CPU
-
-struct Picture {
-    int width = 0;
-    int height = 0;
-    std::vector<float> rgba;  // 0..255, bottom row first as GL stores it
-    float at(int x, int y, int c) const {
-        x = std::min(std::max(x, 0), width - 1);
-        y = std::min(std::max(y, 0), height - 1);
-        return rgba[(static_cast<size_t>(y) * width + x) * 4 + c];
-    }
-};
-
-// GL's bilinear read with clamp to edge, at texel-space coordinates, as the
-// software renderer filters 8-bit textures: the blend weight rounded to 1/256
-// and each blend done in 8-bit fixed point.
-float bilinear(const Picture& p, float u, float v, int c) {
-    const float xf = u - 0.5f, yf = v - 0.5f;
-    const int x0 = static_cast<int>(std::floor(xf)), y0 = static_cast<int>(std::floor(yf));
-    auto lerp = [](float a, float b, float t) {
-        const int weight = static_cast<int>(std::round(t * 256.0f));
-        const int ia = static_cast<int>(a), ib = static_cast<int>(b);
-        return static_cast<float>(ia + (((ib - ia) * weight + 128) >> 8));
-    };
-    const float top = lerp(p.at(x0, y0, c), p.at(x0 + 1, y0, c), xf - x0);
-    const float bottom = lerp(p.at(x0, y0 + 1, c), p.at(x0 + 1, y0 + 1, c), xf - x0);
-    return lerp(top, bottom, yf - y0);
-}
-
-// One direction of the folded kernel, quantised to 8 bits as the RGBA8
-// buffers are, alpha forced to 1.
-Picture blurDirection(const Picture& in, const pmDraw::GaussKernel& kernel, bool horizontal) {
-    Picture out = in;
-    for (int y = 0; y < in.height; ++y) {
-        for (int x = 0; x < in.width; ++x) {
-            for (int c = 0; c < 3; ++c) {
-                float sum = 0.0f;
-                for (size_t i = 0; i < kernel.weights.size(); ++i) {
-                    const float o = kernel.offsets[i];
-                    const float u = x + 0.5f, v = y + 0.5f;
-                    const float a =
-                        horizontal ? bilinear(in, u + o, v, c) : bilinear(in, u, v + o, c);
-                    const float b =
-                        horizontal ? bilinear(in, u - o, v, c) : bilinear(in, u, v - o, c);
-                    sum += kernel.weights[i] * (a + b);
-                }
-                out.rgba[(static_cast<size_t>(y) * in.width + x) * 4 + c] = std::round(sum);
-            }
-            out.rgba[(static_cast<size_t>(y) * in.width + x) * 4 + 3] = 255.0f;
+TEST(GaussKernelTest, LibraryKernelAgreesWithAnIndependentComputation) {
+    for (int size = 3; size <= 103; size += 4) {
+        const cpublur::FoldedKernel expected = cpublur::independentKernel(size);
+        const pmDraw::GaussKernel kernel = pmDraw::describeGaussKernel(size);
+        ASSERT_EQ(kernel.weights.size(), expected.weights.size()) << size;
+        // Both are float sums of the same float taps in the same order; the
+        // only freedom is the search's double arithmetic, far below 1e-6.
+        for (size_t i = 0; i < expected.weights.size(); ++i) {
+            EXPECT_NEAR(kernel.weights[i], expected.weights[i], 1e-6) << size << " weight " << i;
+            EXPECT_NEAR(kernel.offsets[i], expected.offsets[i], 1e-5) << size << " offset " << i;
         }
     }
-    return out;
 }
+
+// ---- GPU against CPU
 
 pmGL::Texture uploadPicture(const std::vector<uint8_t>& pixels, int w, int h) {
     pmGL::Texture tex;
@@ -203,10 +166,10 @@ TEST_F(GaussianBlurTest, BlurEqualsCpuConvolutionWithTheSameTaps) {
             pmDraw::drawGaussianBlur(blur);
             const std::vector<uint8_t> out = gl->readTarget();
 
-            Picture input{w, h, std::vector<float>(pixels.begin(), pixels.end())};
-            const pmDraw::GaussKernel kernel = pmDraw::describeGaussKernel(size);
-            const Picture expected =
-                blurDirection(blurDirection(input, kernel, true), kernel, false);
+            cpublur::Picture input{w, h, std::vector<float>(pixels.begin(), pixels.end())};
+            const cpublur::FoldedKernel kernel = cpublur::independentKernel(size);
+            const cpublur::Picture expected =
+                cpublur::blurDirection(cpublur::blurDirection(input, kernel, true), kernel, false);
             int worst = 0;
             for (size_t i = 0; i < out.size(); ++i) {
                 worst = std::max(worst, std::abs(out[i] - static_cast<int>(expected.rgba[i])));
@@ -279,13 +242,24 @@ TEST_F(GaussianBlurTest, BufferFollowsTheInputSizeOnlyAtSetTexture) {
     pmDraw::setTexture(blur, b, 0.0f);
     EXPECT_EQ(blur.buffer.width, 12);
     EXPECT_EQ(blur.buffer.height, 6);
-    // The following draw writes the new size: the horizontal pass set the
-    // viewport to the buffer.
+    // The following draw writes the new size: every texel of the 12 x 6
+    // buffer holds the horizontal pass of the new picture, which a pass drawn
+    // at the old 8 x 8 would leave short of on the right.
     gl->resizeTarget(12, 6);
     pmDraw::drawGaussianBlur(blur);
-    GLint viewport[4];
-    glGetIntegerv(GL_VIEWPORT, viewport);
-    EXPECT_EQ(viewport[2], 12);
+    std::vector<uint8_t> horizontal(12 * 6 * 4);
+    glBindFramebuffer(GL_FRAMEBUFFER, blur.buffer.id);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, 12, 6, GL_RGBA, GL_UNSIGNED_BYTE, horizontal.data());
+    glBindFramebuffer(GL_FRAMEBUFFER, gl->fbo);
+    const cpublur::Picture expected =
+        cpublur::blurDirection(cpublur::Picture{12, 6, std::vector<float>(big.begin(), big.end())},
+                               cpublur::independentKernel(7), true);
+    int worst = 0;
+    for (size_t i = 0; i < horizontal.size(); ++i) {
+        worst = std::max(worst, std::abs(horizontal[i] - static_cast<int>(expected.rgba[i])));
+    }
+    EXPECT_LE(worst, 1) << "the horizontal pass did not cover the new size";
     pmDraw::deleteGaussianBlur(blur);
     pmGL::deleteTexture(a);
     pmGL::deleteTexture(b);

@@ -261,6 +261,82 @@ TEST_F(LUTFilterTest, TableThatIsNotACubeGivesAFractionalSizeWithoutReport) {
     pmGL::deleteTexture(input);
 }
 
+// Red of the table that the non-cube test uses: a triangle wave along x, 17
+// levels a texel, so that a read a few texels off shows.
+int triangleWave(int x) {
+    const int phase = x % 32;
+    return (phase < 16 ? phase : 31 - phase) * 17;
+}
+
+// The interpolating read of the shader with map size m, over a table of
+// w x h whose red is the triangleWave of its column and green 25 times its row.
+// The bilinear filter: linear between the two texels around the sampling
+// point, clamped at the ends. In 8-bit units.
+glm::vec3 triangleWaveTableRead(glm::vec3 c, float m, int w, int h) {
+    const float innerWidth = m - 1.0f;
+    const float sliceSize = 1.0f / m;
+    const float slicePixelSize = sliceSize / m;
+    const float sliceInnerSize = slicePixelSize * innerWidth;
+    const float zSlice0 = std::min(std::floor(c.z * innerWidth), innerWidth);
+    const float zSlice1 = std::min(zSlice0 + 1.0f, innerWidth);
+    const float xOffset = slicePixelSize * 0.5f + c.x * sliceInnerSize;
+    const float s0 = xOffset + zSlice0 * sliceSize;
+    const float s1 = xOffset + zSlice1 * sliceSize;
+    const float yOffset = sliceSize * 0.5f + c.y * (1.0f - sliceSize);
+    auto red = [&](float s) {
+        const float u = std::min(std::max(s * w - 0.5f, 0.0f), w - 1.0f);
+        const int i0 = static_cast<int>(std::floor(u));
+        const int i1 = std::min(i0 + 1, w - 1);
+        return triangleWave(i0) + (triangleWave(i1) - triangleWave(i0)) * (u - i0);
+    };
+    const float green = 25.0f * std::min(std::max(yOffset * h - 0.5f, 0.0f), h - 1.0f);
+    const float zOffset = c.z * innerWidth - std::floor(c.z * innerWidth);
+    return glm::vec3(red(s0) + (red(s1) - red(s0)) * zOffset, green, 0.0f);
+}
+
+TEST_F(LUTFilterTest, TableThatIsNotACubeIsReadAtTheFractionalSize) {
+    const int w = 256, h = 10;
+    std::vector<uint8_t> strip(static_cast<size_t>(w) * h * 4);
+    for (int y = 0; y < h; ++y) {
+        for (int x = 0; x < w; ++x) {
+            uint8_t* p = &strip[(static_cast<size_t>(y) * w + x) * 4];
+            p[0] = static_cast<uint8_t>(triangleWave(x));
+            p[1] = static_cast<uint8_t>(25 * y);
+            p[2] = 0;
+            p[3] = 255;
+        }
+    }
+    Texture lut = makeTexture(strip, w, h, GL_LINEAR);
+    std::vector<uint8_t> pixels = makeTestPixels(gl->width, gl->height, 4, 45);
+    for (size_t i = 3; i < pixels.size(); i += 4) pixels[i] = 255;
+    Texture input = makeTexture(pixels, gl->width, gl->height, GL_NEAREST);
+    pmDraw::LUTFilter filter;
+    ASSERT_TRUE(filter.initialize());
+    filter.setLUT(lut);
+    const std::vector<uint8_t> out = run(filter, input);
+    // The cube root of 2560 entries, as the table size is computed: in double
+    // with the single-precision third, kept as a float.
+    const float m = static_cast<float>(std::pow(2560.0, static_cast<double>(1.0f / 3.0f)));
+    int unlikeWholeSize = 0;
+    for (size_t i = 0; i < out.size(); i += 4) {
+        const glm::vec3 colour = pixelColor(pixels, i);
+        const glm::vec3 expected = triangleWaveTableRead(colour, m, w, h);
+        const glm::vec3 asIfThirteen = triangleWaveTableRead(colour, 13.0f, w, h);
+        // The renderer places a bilinear read to 1/256 of a texel (a tenth
+        // of a level at 17 levels a texel) and rounds it to 8 bits (half a
+        // level); two such reads are mixed and the mix rounded: under 2.
+        for (int c = 0; c < 3; ++c) {
+            EXPECT_NEAR(out[i + c], expected[c], 2) << i / 4 << " channel " << c;
+        }
+        if (std::abs(out[i] - asIfThirteen.x) > 8) ++unlikeWholeSize;
+    }
+    EXPECT_GT(unlikeWholeSize, static_cast<int>(out.size() / 8))
+        << "the fractional size reads elsewhere than the truncated size would";
+    filter.finalize();
+    pmGL::deleteTexture(lut);
+    pmGL::deleteTexture(input);
+}
+
 TEST_F(LUTFilterTest, TableMayBeReplacedByOneOfAnotherSize) {
     std::vector<uint8_t> small =
         makeStrip(16, [](float r, float g, float b) { return glm::vec3(r, g, b); });

@@ -84,13 +84,17 @@ TEST_F(DrawFilterTest, SecondCreateFailsWithSuperLineAndKeepsQuadAndVertexArray)
     ASSERT_TRUE(pmDraw::createGrey(grey));
     const unsigned quad = grey.quad.id;
     const unsigned vertexArray = grey.vertexArray.id;
+    const unsigned firstProgram = grey.program.id;
     LogCapture log;
     EXPECT_FALSE(pmDraw::createGrey(grey));
     EXPECT_EQ(log.countEndingWith("> ___super::initialize() failed."), 1);
     EXPECT_EQ(grey.quad.id, quad);
     EXPECT_EQ(grey.vertexArray.id, vertexArray);
+    // The program is rebuilt: a new name, and the first one given back.
     EXPECT_NE(grey.program.id, 0u);
+    EXPECT_NE(grey.program.id, firstProgram);
     EXPECT_TRUE(glIsProgram(grey.program.id));
+    EXPECT_FALSE(glIsProgram(firstProgram));
     // The blend was disabled by the first create and the failed one left it so.
     EXPECT_FALSE(grey.renderOpts.blend.enabled);
     pmDraw::deleteGrey(grey);
