@@ -134,6 +134,30 @@ PM_API void pmBlurFilterSetDithering(pmFilterObject object, bool enabled);
 PM_API void pmBlurFilterSetInterpolation(pmFilterObject object, bool enabled);
 PM_API void pmBlurFilterSetFlipMode(pmFilterObject object, int mode);
 
+/* Quality codes for pmBlurFilterSetQuality. */
+enum { PM_BLUR_QUALITY_DEFAULT = 0, PM_BLUR_QUALITY_SMOOTH = 1 };
+
+/**
+ * Chooses how a blur object (still or video) makes its blur.
+ *
+ * - PM_BLUR_QUALITY_DEFAULT (0), the starting value: the scaled Gaussian
+ *   passes, as in every earlier release, output unchanged to the byte.
+ * - PM_BLUR_QUALITY_SMOOTH (1): a Gaussian of the same width from a box
+ *   pyramid, a short Gaussian at the pyramid's top and a cubic B-spline
+ *   stretch back to full size, in half-float buffers where the renderer can
+ *   draw into them (RGBA8 otherwise). Smooth areas show no steps of the
+ *   working grid, and low intensities cost far less than in the default.
+ *   It needs a few more small buffers, made at the first draw in it.
+ *
+ * Any other value logs a line and keeps the current quality. A null handler
+ * is ignored; an unknown type is logged. Like the other blur setters it runs
+ * on the thread's private context, or on the caller's current context when
+ * the internal context is disabled. A still blur uses the new quality at its
+ * next draw or read-back; a video blur blurs the waiting frame again at its
+ * next Draw.
+ */
+PM_API void pmBlurFilterSetQuality(pmFilterObject object, int quality);
+
 /* The display on which the library makes its private per-thread contexts.
  * Without it, the display current at a thread's first Create is used. */
 PM_API void pmSetEGLDisplay(void* display);
