@@ -30,6 +30,11 @@ constexpr int kSmoothMaxPairs = 8;
 // adds the rest.
 struct SmoothBlurPlan {
     int levels = 0;
+    // Halvings of the stretched picture: the B-spline fills a picture this
+    // much smaller than the input, and the owner's full-size pass reads it
+    // with one bilinear read (four dependent reads per full-size pixel are the
+    // dearest work there is on a software renderer).
+    int stretchLevels = 0;
     float workingSigma = 0.0f;
     int pairCount = 0;
     float centreWeight = 1.0f;
@@ -58,6 +63,8 @@ PM_VISIBLE glm::ivec2 smoothWorkingSize(glm::ivec2 inputSize, int levels);
 struct PM_VISIBLE SmoothGaussianBlur {
     TextureFilter reduce;
     TextureFilter blurPass;
+    TextureFilter stretch;
+    pmGL::FrameBuffer stretched;
     pmGL::FrameBuffer pyramid[kSmoothMaxLevels];
     pmGL::FrameBuffer across;
     pmGL::TextureOpts workingOpts;
@@ -81,6 +88,9 @@ void fitWorkingBuffer(const SmoothGaussianBlur& smooth, pmGL::FrameBuffer& resul
 // applied once, in the first pass that reads the input.
 void runSmoothGaussianBlur(SmoothGaussianBlur& smooth, const pmGL::Texture& input, glm::vec2 flip,
                            pmGL::FrameBuffer& result);
+// Stretches a working-size picture with the B-spline into `stretched`, of
+// the plan's stretch size, for the owner's full-size pass to read.
+pmGL::FrameBuffer& stretchSmooth(SmoothGaussianBlur& smooth, const pmGL::FrameBuffer& working);
 
 // The GLSL of the stretch: vec4 bsplineTexture(sampler2D, vec2 uv, vec2
 // texelSize), a cubic B-spline from four bilinear reads.

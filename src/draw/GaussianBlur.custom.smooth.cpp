@@ -24,7 +24,7 @@ uniform float uAlphaMultiplier;
 // pass; the dither acts on the value before it is rounded to the target.
 const char* const outputMain = R"(
 void main() {
-    fragColor = uColor * bsplineTexture(uTexture, vTexCoord, uPixelStep);
+    fragColor = uColor * texture(uTexture, vTexCoord);
     fragColor = mix(fragColor, uMixColor, uMixColor.a);
     fragColor.a *= uAlphaMultiplier;
     fragColor.rgb *= fragColor.a;
@@ -33,8 +33,7 @@ void main() {
 )";
 
 bool buildSmoothStill(CustomGaussianBlur& context) {
-    const std::string source =
-        std::string(outputHead) + bsplineSampling + smoothDithering + outputMain;
+    const std::string source = std::string(outputHead) + smoothDithering + outputMain;
     if (!createSmoothGaussianBlur(context.smooth) || !context.smoothOutput.initialize(source)) {
         deleteSmoothStill(context);
         return false;
@@ -83,7 +82,8 @@ void drawSmoothStill(CustomGaussianBlur& context, pmGL::Texture& input) {
     fitWorkingBuffer(context.smooth, context.smoothResult);
     runSmoothGaussianBlur(context.smooth, input, context.flip, context.smoothResult);
     context.smoothOutput.renderOpts = context.dither.renderOpts;
-    context.smoothOutput.BaseFilter::setTexture(context.smoothResult, glm::vec2(0.0f, 0.0f));
+    pmGL::FrameBuffer& stretched = stretchSmooth(context.smooth, context.smoothResult);
+    context.smoothOutput.BaseFilter::setTexture(stretched, glm::vec2(0.0f, 0.0f));
     context.smoothOutput.TextureFilter::draw();
 }
 

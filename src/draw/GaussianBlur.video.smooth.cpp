@@ -1,7 +1,7 @@
 // VideoGaussianBlur in the smooth quality: each capture is a smooth blur kept
 // at the working size in half floats; a draw cross-fades the two captures at
-// that size and stretches the mix to full size with a B-spline, so the one
-// full-size pass reads four texels, as the default's output pass reads two.
+// that size and stretches the mix with a B-spline into a picture a quarter of
+// the full size or finer, which the one full-size pass reads once.
 #include <algorithm>
 #include <string>
 #include <utility>
@@ -40,7 +40,7 @@ uniform vec4 uMixColor;
 // rebuilt as 1 before the multiplier and the colour is not premultiplied.
 const char* const outputMain = R"(
 void main() {
-    fragColor = uColor * bsplineTexture(uTexture, vTexCoord, uPixelStep);
+    fragColor = uColor * texture(uTexture, vTexCoord);
     fragColor = vec4(mix(fragColor.rgb, uMixColor.rgb, uMixColor.a), 1.0);
     fragColor.a *= uAlphaMultiplier;
     if (uDithering) {
@@ -59,8 +59,7 @@ bool fitsSize(const pmGL::FrameBuffer& fb, glm::ivec2 size) {
 bool VideoGaussianBlur::setQuality(int value) {
     if (value != BLUR_QUALITY_DEFAULT && value != BLUR_QUALITY_SMOOTH) return false;
     if (value == BLUR_QUALITY_SMOOTH && smoothOutput.program.id == 0) {
-        const std::string source =
-            std::string(outputHead) + bsplineSampling + smoothDithering + outputMain;
+        const std::string source = std::string(outputHead) + smoothDithering + outputMain;
         if (!createSmoothGaussianBlur(smooth) || !smoothCrossFade.initialize(crossFadeSource) ||
             !smoothOutput.initialize(source)) {
             deleteSmooth();
@@ -126,7 +125,8 @@ void VideoGaussianBlur::drawSmooth(float weight) {
         shown = &smoothMixed;
     }
     pmGL::setUniformData(smoothOutput.ud, "uDithering", dithering ? 1 : 0);
-    smoothOutput.BaseFilter::setTexture(*shown, glm::vec2(0.0f, 0.0f));
+    pmGL::FrameBuffer& stretched = stretchSmooth(smooth, *shown);
+    smoothOutput.BaseFilter::setTexture(stretched, glm::vec2(0.0f, 0.0f));
     smoothOutput.TextureFilter::draw();
 }
 

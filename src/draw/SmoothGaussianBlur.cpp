@@ -2,6 +2,7 @@
 // Gaussian across and down at the pyramid's top. The stretch back to full
 // size belongs to the owner's output pass, which also colours and dithers.
 #include <cstring>
+#include <string>
 
 #include "SmoothGaussianBlur.h"
 
@@ -53,6 +54,21 @@ void main() {
                     textureLod(uTexture, vTexCoord - d, 0.0));
     }
     fragColor = vec4(sum.rgb, 1.0);
+}
+)";
+
+// The B-spline of the working picture at the centres of the stretched one.
+const char* const stretchHead = R"(#version 300 es
+precision highp float;
+in vec2 vTexCoord;
+out vec4 fragColor;
+uniform sampler2D uTexture;
+uniform vec2 uPixelStep;
+)";
+
+const char* const stretchMain = R"(
+void main() {
+    fragColor = bsplineTexture(uTexture, vTexCoord, uPixelStep);
 }
 )";
 
@@ -133,12 +149,15 @@ bool canRenderHalfFloat() {
 
 bool createSmoothGaussianBlur(SmoothGaussianBlur& smooth) {
     PM_LOGE("createSmoothGaussianBlur()");
-    if (!smooth.reduce.initialize(reduceSource) || !smooth.blurPass.initialize(blurSource)) {
+    const std::string stretchSource = std::string(stretchHead) + bsplineSampling + stretchMain;
+    if (!smooth.reduce.initialize(reduceSource) || !smooth.blurPass.initialize(blurSource) ||
+        !smooth.stretch.initialize(stretchSource)) {
         PM_LOGE("createSmoothGaussianBlur() failed.");
         return false;
     }
     pmGL::disableBlend(smooth.reduce.renderOpts.blend);
     pmGL::disableBlend(smooth.blurPass.renderOpts.blend);
+    pmGL::disableBlend(smooth.stretch.renderOpts.blend);
     const bool halfFloat = canRenderHalfFloat();
     smooth.workingOpts = workingOptions(halfFloat);
     PM_LOGE("smooth working buffers: %s", halfFloat ? "RGBA16F" : "RGBA8");
@@ -148,6 +167,8 @@ bool createSmoothGaussianBlur(SmoothGaussianBlur& smooth) {
 void deleteSmoothGaussianBlur(SmoothGaussianBlur& smooth) {
     smooth.reduce.TextureFilter::finalize();
     smooth.blurPass.TextureFilter::finalize();
+    smooth.stretch.TextureFilter::finalize();
+    pmGL::deleteFrameBuffer(smooth.stretched);
     for (pmGL::FrameBuffer& level : smooth.pyramid) pmGL::deleteFrameBuffer(level);
     pmGL::deleteFrameBuffer(smooth.across);
     smooth.inputSize = glm::ivec2(0, 0);
@@ -179,6 +200,17 @@ void fitSmoothBuffers(SmoothGaussianBlur& smooth, glm::ivec2 inputSize,
     smooth.inputSize = inputSize;
     smooth.plan = plan;
     fitWorkingBuffer(smooth, smooth.across);
+    const glm::ivec2 stretchedSize = smoothWorkingSize(inputSize, plan.stretchLevels);
+    if (!fits(smooth.stretched, stretchedSize)) {
+        pmGL::createFrameBuffer(smooth.stretched, stretchedSize.x, stretchedSize.y,
+                                smooth.workingOpts, 1, false, false);
+    }
+}
+
+pmGL::FrameBuffer& stretchSmooth(SmoothGaussianBlur& smooth, const pmGL::FrameBuffer& working) {
+    smooth.stretch.BaseFilter::setTexture(working, glm::vec2(0.0f, 0.0f));
+    drawInto(smooth.stretched, smooth.stretch);
+    return smooth.stretched;
 }
 
 void runSmoothGaussianBlur(SmoothGaussianBlur& smooth, const pmGL::Texture& input, glm::vec2 flip,
