@@ -89,14 +89,17 @@ void fitWorkingBuffer(const SmoothGaussianBlur& smooth, pmGL::FrameBuffer& resul
 void runSmoothGaussianBlur(SmoothGaussianBlur& smooth, const pmGL::Texture& input, glm::vec2 flip,
                            pmGL::FrameBuffer& result);
 // Stretches a working-size picture with the B-spline into `stretched`, of
-// the plan's stretch size, for the owner's full-size pass to read.
-pmGL::FrameBuffer& stretchSmooth(SmoothGaussianBlur& smooth, const pmGL::FrameBuffer& working);
+// the plan's stretch size, for the owner's full-size pass to read. When that
+// size is the working size the B-spline is part of the working Gaussian and
+// the working picture itself is returned.
+const pmGL::FrameBuffer& stretchSmooth(SmoothGaussianBlur& smooth,
+                                       const pmGL::FrameBuffer& working);
 
 // The GLSL of the stretch: vec4 bsplineTexture(sampler2D, vec2 uv, vec2
 // texelSize), a cubic B-spline from four bilinear reads.
 extern const char* const bsplineSampling;
-// The GLSL of vec3 applySmoothDithering(vec3): a triangular dither of one
-// 8-bit level from an integer hash of the window position.
+// The GLSL of vec3 applySmoothDithering(vec3): a dither of half an 8-bit
+// level each way from an integer hash of the window position.
 extern const char* const smoothDithering;
 
 }  // namespace pmDraw

@@ -82,7 +82,7 @@ void drawSmoothStill(CustomGaussianBlur& context, pmGL::Texture& input) {
     fitWorkingBuffer(context.smooth, context.smoothResult);
     runSmoothGaussianBlur(context.smooth, input, context.flip, context.smoothResult);
     context.smoothOutput.renderOpts = context.dither.renderOpts;
-    pmGL::FrameBuffer& stretched = stretchSmooth(context.smooth, context.smoothResult);
+    const pmGL::FrameBuffer& stretched = stretchSmooth(context.smooth, context.smoothResult);
     context.smoothOutput.BaseFilter::setTexture(stretched, glm::vec2(0.0f, 0.0f));
     context.smoothOutput.TextureFilter::draw();
 }

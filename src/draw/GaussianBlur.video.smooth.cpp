@@ -125,7 +125,7 @@ void VideoGaussianBlur::drawSmooth(float weight) {
         shown = &smoothMixed;
     }
     pmGL::setUniformData(smoothOutput.ud, "uDithering", dithering ? 1 : 0);
-    pmGL::FrameBuffer& stretched = stretchSmooth(smooth, *shown);
+    const pmGL::FrameBuffer& stretched = stretchSmooth(smooth, *shown);
     smoothOutput.BaseFilter::setTexture(stretched, glm::vec2(0.0f, 0.0f));
     smoothOutput.TextureFilter::draw();
 }

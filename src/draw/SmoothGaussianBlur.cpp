@@ -201,13 +201,17 @@ void fitSmoothBuffers(SmoothGaussianBlur& smooth, glm::ivec2 inputSize,
     smooth.plan = plan;
     fitWorkingBuffer(smooth, smooth.across);
     const glm::ivec2 stretchedSize = smoothWorkingSize(inputSize, plan.stretchLevels);
-    if (!fits(smooth.stretched, stretchedSize)) {
+    if (plan.stretchLevels == plan.levels) {
+        pmGL::deleteFrameBuffer(smooth.stretched);
+    } else if (!fits(smooth.stretched, stretchedSize)) {
         pmGL::createFrameBuffer(smooth.stretched, stretchedSize.x, stretchedSize.y,
                                 smooth.workingOpts, 1, false, false);
     }
 }
 
-pmGL::FrameBuffer& stretchSmooth(SmoothGaussianBlur& smooth, const pmGL::FrameBuffer& working) {
+const pmGL::FrameBuffer& stretchSmooth(SmoothGaussianBlur& smooth,
+                                       const pmGL::FrameBuffer& working) {
+    if (smooth.plan.stretchLevels == smooth.plan.levels) return working;
     smooth.stretch.BaseFilter::setTexture(working, glm::vec2(0.0f, 0.0f));
     drawInto(smooth.stretched, smooth.stretch);
     return smooth.stretched;

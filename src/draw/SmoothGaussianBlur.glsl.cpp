@@ -27,8 +27,8 @@ vec4 bsplineTexture(sampler2D tex, vec2 uv, vec2 texelSize) {
 }
 )";
 
-// Triangular noise of one 8-bit level each way: two uniform values from an
-// integer hash of the pixel, summed. Integer arithmetic, no sine.
+// Noise of half an 8-bit level each way, the amplitude of the default
+// quality's dither, from an integer hash of the pixel: no sine.
 const char* const smoothDithering = R"(
 vec3 applySmoothDithering(vec3 rgb) {
     highp uvec2 v = uvec2(gl_FragCoord.xy) * uvec2(1664525u, 1013904223u) + uvec2(1013904223u, 1664525u);
@@ -36,9 +36,7 @@ vec3 applySmoothDithering(vec3 rgb) {
     v.y += v.x * 1664525u;
     v ^= v >> 16u;
     v.x += v.y * 1664525u;
-    v.y += v.x * 1664525u;
-    v ^= v >> 16u;
-    highp float noise = (float(v.x >> 8u) + float(v.y >> 8u)) * (1.0 / 16777216.0) - 1.0;
+    highp float noise = float(v.x >> 8u) * (1.0 / 16777216.0) - 0.5;
     return rgb + noise / 255.0;
 }
 )";

@@ -42,8 +42,10 @@ double magnificationVariance(double factor) {
 double workingVariance(double sigma, int levels) {
     const double factor = std::ldexp(1.0, levels);
     const double stretch = magnificationVariance(std::ldexp(1.0, stretchLevelsFor(levels)));
-    return (sigma * sigma - pyramidVariance(factor) - stretch) / (factor * factor) -
-           kBsplineVariance;
+    // Stretched at the working size, the B-spline would be a fixed 3-tap
+    // filter: the working Gaussian does its share instead, and the pass goes.
+    const double bspline = stretchLevelsFor(levels) == levels ? 0.0 : kBsplineVariance;
+    return (sigma * sigma - pyramidVariance(factor) - stretch) / (factor * factor) - bspline;
 }
 
 // A sampled Gaussian of `sigma` texels out to three sigma, normalised,
