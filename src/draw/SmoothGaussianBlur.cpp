@@ -12,7 +12,8 @@ namespace {
 
 // Four reads at +-uReach source texels around the output texel: at a reach
 // of 0.5 they hit four texel centres (a 2x2 box), at 1.0 each read averages
-// a 2x2 block (a 4x4 box). The base level only: the input may have mipmaps.
+// a 2x2 block (a 4x4 box). uLod picks the level: the base one, or with a
+// reach of 0 the level of a mipmapped input that already is the box.
 const char* const reduceSource = R"(#version 300 es
 precision highp float;
 in vec2 vTexCoord;
@@ -20,12 +21,13 @@ out vec4 fragColor;
 uniform sampler2D uTexture;
 uniform vec2 uPixelStep;
 uniform float uReach;
+uniform float uLod;
 void main() {
     vec2 d = uPixelStep * uReach;
-    fragColor = 0.25 * (textureLod(uTexture, vTexCoord + vec2(-d.x, -d.y), 0.0) +
-                        textureLod(uTexture, vTexCoord + vec2(d.x, -d.y), 0.0) +
-                        textureLod(uTexture, vTexCoord + vec2(-d.x, d.y), 0.0) +
-                        textureLod(uTexture, vTexCoord + vec2(d.x, d.y), 0.0));
+    fragColor = 0.25 * (textureLod(uTexture, vTexCoord + vec2(-d.x, -d.y), uLod) +
+                        textureLod(uTexture, vTexCoord + vec2(d.x, -d.y), uLod) +
+                        textureLod(uTexture, vTexCoord + vec2(-d.x, d.y), uLod) +
+                        textureLod(uTexture, vTexCoord + vec2(d.x, d.y), uLod));
 }
 )";
 
@@ -220,9 +222,21 @@ const pmGL::FrameBuffer& stretchSmooth(SmoothGaussianBlur& smooth,
 void runSmoothGaussianBlur(SmoothGaussianBlur& smooth, const pmGL::Texture& input, glm::vec2 flip,
                            pmGL::FrameBuffer& result) {
     int steps[kSmoothMaxLevels] = {};
-    const int count = reductionSteps(smooth.plan.levels, steps);
+    int count = reductionSteps(smooth.plan.levels, steps);
     const pmGL::Texture* source = &input;
     glm::vec2 sourceFlip = flip;
+    // A mipmapped input already holds the box pyramid: one small pass reads
+    // its level instead of reducing the full-size picture again.
+    if (count > 0 && input.opts.mipmap) {
+        smooth.reduce.BaseFilter::setTexture(input, flip);
+        pmGL::setUniformData(smooth.reduce.ud, "uReach", 0.0f);
+        pmGL::setUniformData(smooth.reduce.ud, "uLod", static_cast<float>(smooth.plan.levels));
+        drawInto(smooth.pyramid[count - 1], smooth.reduce);
+        source = &smooth.pyramid[count - 1].colorTex[0];
+        sourceFlip = glm::vec2(0.0f, 0.0f);
+        count = 0;
+    }
+    pmGL::setUniformData(smooth.reduce.ud, "uLod", 0.0f);
     for (int i = 0; i < count; ++i) {
         smooth.reduce.BaseFilter::setTexture(*source, sourceFlip);
         pmGL::setUniformData(smooth.reduce.ud, "uReach", steps[i] == 1 ? 0.5f : 1.0f);

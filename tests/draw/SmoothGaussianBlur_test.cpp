@@ -109,9 +109,13 @@ protected:
         pmDraw::deleteCustomGaussianBlur(context);
         GLTest::TearDown();
     }
-    std::vector<uint8_t> blur(const std::vector<uint8_t>& pixels, int w, int h, float scale) {
+    std::vector<uint8_t> blur(const std::vector<uint8_t>& pixels, int w, int h, float scale,
+                              bool mipmapped = false) {
         pmUtil::ImageData<unsigned char> image(w, h, 4, const_cast<uint8_t*>(pixels.data()));
-        pmGL::createTexture(input, image, pmGL::TextureOpts());
+        pmGL::TextureOpts opts;
+        opts.mipmap = mipmapped;
+        if (mipmapped) opts.minFilter = GL_LINEAR_MIPMAP_LINEAR;
+        pmGL::createTexture(input, image, opts);
         gl->resizeTarget(w, h);
         gl->clearTarget(0.0f, 0.0f, 0.0f, 0.0f);
         pmDraw::setScaleFactor(context, scale);
@@ -128,8 +132,10 @@ TEST_F(SmoothBlurTest, MatchesAFloatGaussianOfTheDefaultsSigma) {
     const std::vector<uint8_t> pixels = blockPicture(w, h);
     // Larger sigmas meet the picture's edges, where clamping in the working
     // grid and clamping of single pixels part ways.
-    for (float scale : {1.0f, 0.25f}) {
-        const std::vector<uint8_t> out = blur(pixels, w, h, scale);
+    // A mipmapped input gives its levels as the pyramid; a plain one is reduced.
+    for (int run = 0; run < 4; ++run) {
+        const float scale = run % 2 ? 0.25f : 1.0f;
+        const std::vector<uint8_t> out = blur(pixels, w, h, scale, run >= 2);
         const double sigma = pmDraw::defaultQualitySigma(scale, pmDraw::defaultKernelSigma(35));
         double worst = 0.0, total = 0.0;
         for (int c = 0; c < 3; ++c) {
@@ -142,7 +148,9 @@ TEST_F(SmoothBlurTest, MatchesAFloatGaussianOfTheDefaultsSigma) {
             }
         }
         const double mean = total / (3.0 * w * h);
-        EXPECT_LT(mean, 1.0) << "scale " << scale << " sigma " << sigma;
+        // The renderer's mipmap levels are 8-bit, each rounded again: up to
+        // a level and a half of mean error on that path.
+        EXPECT_LT(mean, run >= 2 ? 1.5 : 1.0) << "scale " << scale << " sigma " << sigma;
         EXPECT_LT(worst, 3.5) << "scale " << scale << " sigma " << sigma;
     }
 }
