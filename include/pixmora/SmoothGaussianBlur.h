@@ -43,7 +43,7 @@ struct SmoothBlurPlan {
 };
 
 // The plan for `sigma` on an input of `inputSize`: as many halvings as leave
-// the working Gaussian at least 1.5 texels wide (the pyramid and the stretch
+// the working Gaussian at least 1.5 texels wide (1.25 down to level 2) (the pyramid and the stretch
 // are then a small part of the whole) and the working picture at least 4
 // texels on its shorter side.
 PM_VISIBLE SmoothBlurPlan planSmoothBlur(float sigma, glm::ivec2 inputSize);
@@ -82,7 +82,9 @@ bool createSmoothGaussianBlur(SmoothGaussianBlur& smooth);
 void deleteSmoothGaussianBlur(SmoothGaussianBlur& smooth);
 // Makes the working buffers for the input size and plan, and a target of the
 // working size in `result` when it does not fit; creates nothing when all fit.
-void fitSmoothBuffers(SmoothGaussianBlur& smooth, glm::ivec2 inputSize, const SmoothBlurPlan& plan);
+// A mipmapped input needs only the pyramid's top, read from its level.
+void fitSmoothBuffers(SmoothGaussianBlur& smooth, glm::ivec2 inputSize, const SmoothBlurPlan& plan,
+                      bool mipmappedInput);
 void fitWorkingBuffer(const SmoothGaussianBlur& smooth, pmGL::FrameBuffer& result);
 // Blurs `input` into `result`, which has the working size. The flip is
 // applied once, in the first pass that reads the input.

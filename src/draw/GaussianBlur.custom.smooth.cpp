@@ -78,7 +78,8 @@ void drawSmoothStill(CustomGaussianBlur& context, pmGL::Texture& input) {
         return;
     }
     const float sigma = defaultQualitySigma(context.scaleFactor, context.smooth.kernelSigma);
-    fitSmoothBuffers(context.smooth, inputSize, planSmoothBlur(sigma, inputSize));
+    fitSmoothBuffers(context.smooth, inputSize, planSmoothBlur(sigma, inputSize),
+                     input.opts.mipmap);
     fitWorkingBuffer(context.smooth, context.smoothResult);
     runSmoothGaussianBlur(context.smooth, input, context.flip, context.smoothResult);
     context.smoothOutput.renderOpts = context.dither.renderOpts;

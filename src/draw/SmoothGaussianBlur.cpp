@@ -182,13 +182,14 @@ void fitWorkingBuffer(const SmoothGaussianBlur& smooth, pmGL::FrameBuffer& resul
     pmGL::createFrameBuffer(result, size.x, size.y, smooth.workingOpts, 1, false, false);
 }
 
-void fitSmoothBuffers(SmoothGaussianBlur& smooth, glm::ivec2 inputSize,
-                      const SmoothBlurPlan& plan) {
+void fitSmoothBuffers(SmoothGaussianBlur& smooth, glm::ivec2 inputSize, const SmoothBlurPlan& plan,
+                      bool mipmappedInput) {
     int steps[kSmoothMaxLevels] = {};
     const int count = reductionSteps(plan.levels, steps);
     int levels = 0;
     for (int i = 0; i < kSmoothMaxLevels; ++i) {
-        if (i >= count) {
+        if (i >= count || (mipmappedInput && i < count - 1)) {
+            levels += i < count ? steps[i] : 0;
             pmGL::deleteFrameBuffer(smooth.pyramid[i]);
             continue;
         }

@@ -15,6 +15,10 @@ namespace {
 // Below this width in working texels a sampled Gaussian stops looking like
 // one, and the pyramid's boxes and the stretch would dominate the shape.
 constexpr float kMinWorkingSigma = 1.5f;
+// Down to the second level the working passes cost a quarter of the full
+// size or more: there a slightly shorter Gaussian buys a level.
+constexpr float kMinLowLevelSigma = 1.25f;
+constexpr int kLowLevels = 2;
 // The working picture keeps at least this many texels on its shorter side.
 constexpr int kMinWorkingTexels = 4;
 // The cubic B-spline has a variance of 1/3 texel squared.
@@ -70,6 +74,11 @@ void foldKernel(SmoothBlurPlan& plan) {
     }
 }
 
+double minWorkingVariance(int levels) {
+    const double sigma = levels <= kLowLevels ? kMinLowLevelSigma : kMinWorkingSigma;
+    return sigma * sigma;
+}
+
 }  // namespace
 
 glm::ivec2 smoothWorkingSize(glm::ivec2 inputSize, int levels) {
@@ -83,7 +92,7 @@ SmoothBlurPlan planSmoothBlur(float sigma, glm::ivec2 inputSize) {
     const int shorter = std::min(inputSize.x, inputSize.y);
     int levels = 0;
     while (levels < kSmoothMaxLevels && (shorter >> (levels + 1)) >= kMinWorkingTexels &&
-           workingVariance(sigma, levels + 1) >= kMinWorkingSigma * kMinWorkingSigma) {
+           workingVariance(sigma, levels + 1) >= minWorkingVariance(levels + 1)) {
         ++levels;
     }
     plan.levels = levels;
