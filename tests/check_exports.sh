@@ -14,7 +14,8 @@ for name in pmPhotoFilterCreate pmPhotoFilterDelete pmPhotoFilterSetBuffer \
             pmBlurFilterSetInputBuffer pmBlurFilterSetOutputBuffer pmBlurFilterSetRenderArea \
             pmBlurFilterSetNativeBuffer pmBlurFilterSetNativeDisplayInfo pmBlurFilterDraw \
             pmBlurFilterSetBlurIntensity pmBlurFilterSetBlurDimming pmBlurFilterSetBlurMixColor \
-            pmBlurFilterSetDithering pmBlurFilterSetInterpolation pmBlurFilterSetFlipMode; do
+            pmBlurFilterSetDithering pmBlurFilterSetInterpolation pmBlurFilterSetFlipMode \
+            pmBlurFilterSetQuality; do
   if ! grep -qx "$name" <<<"$symbols"; then echo "missing export: $name"; fail=1; fi
 done
 for prefix in 'pmGL::' 'pmDraw::' 'pmUtil::' 'pmMesh::' 'pmStb::' 'pmImg::' 'pmColor::' 'pmCV::'; do

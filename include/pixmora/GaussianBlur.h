@@ -22,6 +22,7 @@
 #include "pmDraw.h"
 #include "pmExport.h"
 #include "pmGL.h"
+#include "SmoothGaussianBlur.h"
 
 // The normalised kernel of width kernelSize, with the standard deviation
 // searched so that the outermost tap still has a visible weight. The size
@@ -86,6 +87,15 @@ struct PM_VISIBLE CustomGaussianBlur {
     glm::vec2 flip = glm::vec2(0.0f, 0.0f);
     float scaleFactor = 1.0f;
     bool dithering = true;
+    // The smooth quality's passes exist only once it was asked for; the
+    // default quality never touches them.
+    int quality = BLUR_QUALITY_DEFAULT;
+    int kernelSize = 35;
+    SmoothGaussianBlur smooth;
+    TextureFilter smoothOutput;
+    pmGL::FrameBuffer smoothResult;
+    // The final pass's area, kept for a smooth output built later.
+    glm::vec2 area[4] = {glm::vec2(0.0f), glm::vec2(1.0f), glm::vec2(0.0f), glm::vec2(1.0f)};
 };
 
 // The kernel size CustomGaussianBlur uses for a wanted one: the nearest of
@@ -107,6 +117,10 @@ void setArea(CustomGaussianBlur& context, const glm::vec2& pos0, const glm::vec2
 void setColor(CustomGaussianBlur& context, const glm::vec4& color);
 void setMixColor(CustomGaussianBlur& context, const glm::vec4& color);
 void drawCustomGaussianBlur(CustomGaussianBlur& context);
+// BLUR_QUALITY_DEFAULT or BLUR_QUALITY_SMOOTH; the smooth passes are built at
+// the first switch to it. False, with the quality unchanged, for another
+// value or when the smooth passes cannot be built.
+bool setQuality(CustomGaussianBlur& context, int quality);
 
 // Blurs a video at a lower rate than the screen is drawn. setVideoCapture
 // scales one frame down, blurs it and keeps the result in the latest of three
@@ -137,6 +151,14 @@ public:
     void setColor(const glm::vec4& color);
     void setMixColor(const glm::vec4& color);
     void setAlphaMultiplier(float alpha);
+    // BLUR_QUALITY_DEFAULT or BLUR_QUALITY_SMOOTH; the smooth passes are
+    // built at the first switch to it. A switch forgets the captures. False,
+    // with the quality unchanged, for another value or a failed build.
+    bool setQuality(int value);
+    // The smooth quality's capture and draw, and its release.
+    void captureSmooth(const pmGL::Texture& tex, glm::vec2 flip);
+    void drawSmooth(float weight);
+    void deleteSmooth();
 
     NoFilter singleCompositing;
     DualTextureFilter dualCompositing;
@@ -150,6 +172,16 @@ public:
     float scaleFactor = 1.0f;
     // The "uDithering" switch of the output pass; the owner writes it directly.
     bool dithering = true;
+    // The smooth quality's passes and working-size captures, built only
+    // once it was asked for; the default quality never touches them.
+    int quality = BLUR_QUALITY_DEFAULT;
+    int kernelSize = 35;
+    SmoothGaussianBlur smooth;
+    TextureFilter smoothCrossFade;
+    TextureFilter smoothOutput;
+    pmGL::FrameBuffer smoothCaptures[2];
+    pmGL::FrameBuffer smoothMixed;
+    glm::vec2 area[4] = {glm::vec2(0.0f), glm::vec2(1.0f), glm::vec2(0.0f), glm::vec2(1.0f)};
 };
 
 }  // namespace pmDraw

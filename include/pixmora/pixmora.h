@@ -435,6 +435,35 @@ PM_API void pmBlurFilterSetInterpolation(pmFilterObject object, bool enabled);
  */
 PM_API void pmBlurFilterSetFlipMode(pmFilterObject object, int mode);
 
+/** @brief Quality codes for pmBlurFilterSetQuality(). */
+enum {
+    PM_BLUR_QUALITY_DEFAULT = 0, /**< The scaled Gaussian passes; the starting quality. */
+    PM_BLUR_QUALITY_SMOOTH = 1   /**< Box pyramid, short Gaussian, B-spline stretch. */
+};
+
+/**
+ * @brief Chooses how a blur object (still or video) makes its blur.
+ *
+ * - PM_BLUR_QUALITY_DEFAULT (0), the starting value: the scaled Gaussian
+ *   passes, output unchanged to the byte from earlier releases.
+ * - PM_BLUR_QUALITY_SMOOTH (1): a Gaussian of the same width from a box
+ *   pyramid, a short Gaussian at the pyramid's top and a cubic B-spline
+ *   stretch back to full size, in half-float buffers where the renderer can
+ *   draw into them (RGBA8 otherwise). Smooth areas show no steps of the
+ *   working grid, and low intensities cost far less than in the default.
+ *   It needs a few more small buffers, made at the first draw in it.
+ *
+ * Bracketed: runs on the thread's private context, or on the caller's current
+ * context when the internal context is disabled. A still blur uses the new
+ * quality at its next draw or read-back; a video blur blurs the waiting frame
+ * again at its next Draw.
+ *
+ * @param object  A blur object; a null handler is ignored, an unknown type is logged.
+ * @param quality PM_BLUR_QUALITY_DEFAULT or PM_BLUR_QUALITY_SMOOTH; any other
+ *                value logs a line and keeps the current quality.
+ */
+PM_API void pmBlurFilterSetQuality(pmFilterObject object, int quality);
+
 /**
  * @brief Names the display on which private contexts are made.
  *

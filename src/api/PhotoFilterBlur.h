@@ -30,6 +30,9 @@ public:
     void SetDimming(float value);
     // Each component clamped to 0 to 1; mixed in by its own alpha.
     void SetMixColor(const glm::vec4& rgba);
+    // PM_BLUR_QUALITY_DEFAULT or PM_BLUR_QUALITY_SMOOTH; any other value is
+    // logged and leaves the quality as it was.
+    void SetQuality(int value);
     void createEachYUVTexture(unsigned char* y, unsigned char* u, unsigned char* v);
 
     pmDraw::CustomGaussianBlur blur;

@@ -47,6 +47,10 @@ public:
     void SetMixColor(const glm::vec4& rgba);
     void SetDithering(bool enabled);
     void SetInterpolation(bool enabled);
+    // PM_BLUR_QUALITY_DEFAULT or PM_BLUR_QUALITY_SMOOTH; any other value is
+    // logged and leaves the quality as it was. The frame in inputBuffer is
+    // captured again in the new quality at the next Draw.
+    void SetQuality(int value);
     // Forgets the captures and restarts the cross-fade and the measurement.
     void Reset();
     // Blurs inputBuffer into the pass's next buffer, at the scale that the

@@ -197,6 +197,13 @@ PM_API void pmBlurFilterSetInterpolation(pmFilterObject object, bool enabled) {
     });
 }
 
+PM_API void pmBlurFilterSetQuality(pmFilterObject object, int quality) {
+    byType(
+        object, "pmBlurFilterSetQuality() - unknown type.",
+        [&](PhotoFilterBlur* photo) { photo->SetQuality(quality); },
+        [&](PhotoFilterVideoBlur* video) { video->SetQuality(quality); });
+}
+
 PM_API void pmBlurFilterSetFlipMode(pmFilterObject object, int mode) {
     FilterCommon* filter = objectOf(object);
     if (filter == nullptr) return;

@@ -84,6 +84,21 @@ void PhotoFilterBlur::SetMixColor(const glm::vec4& rgba) {
     pmDraw::setMixColor(blur, glm::clamp(rgba, 0.0f, 1.0f));
 }
 
+void PhotoFilterBlur::SetQuality(int value) {
+    if (!IsInit()) {
+        PM_LOGE("It is not initialized.");
+        return;
+    }
+    PM_LOGE("PhotoFilterBlur::SetQuality() - quality : %d", value);
+    if (value != pmDraw::BLUR_QUALITY_DEFAULT && value != pmDraw::BLUR_QUALITY_SMOOTH) {
+        PM_LOGE("Quality value is not valid. Blur quality : 0 or 1");
+        return;
+    }
+    if (!pmDraw::setQuality(blur, value)) {
+        PM_LOGE("Smooth quality is not available; the quality stays.");
+    }
+}
+
 void PhotoFilterBlur::applyScaleFactor(glm::ivec2 sourceSize) {
     const float s =
         convertToInternalScaleFactor(intensity, kernelSize, sourceSize, GetOutputSize());

@@ -222,4 +222,27 @@ void PhotoFilterVideoBlur::SetInterpolation(bool enabled) {
     }
 }
 
+void PhotoFilterVideoBlur::SetQuality(int value) {
+    if (!IsInit()) {
+        PM_LOGE("It is not initialized.");
+        return;
+    }
+    PM_LOGE("PhotoFilterVideoBlur::SetQuality() - quality : %d", value);
+    if (value != pmDraw::BLUR_QUALITY_DEFAULT && value != pmDraw::BLUR_QUALITY_SMOOTH) {
+        PM_LOGE("Quality value is not valid. Blur quality : 0 or 1");
+        return;
+    }
+    const int before = blur.quality;
+    if (!blur.setQuality(value)) {
+        PM_LOGE("Smooth quality is not available; the quality stays.");
+        return;
+    }
+    // The captures of the old quality are gone: capture the frame at hand
+    // again at the next Draw, without waiting for a cross-fade.
+    if (value != before && pmGL::isExist(inputBuffer)) {
+        newFrame = true;
+        interpolationStep = 0;
+    }
+}
+
 }  // namespace pmFilters

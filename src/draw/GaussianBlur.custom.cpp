@@ -4,6 +4,7 @@
 
 #include "GaussianBlur.buffers.h"
 #include "GaussianBlur.h"
+#include "GaussianBlur.smooth.h"
 
 namespace pmDraw {
 
@@ -60,7 +61,8 @@ bool createCustomGaussianBlur(CustomGaussianBlur& context, int kernelSize) {
         PM_LOGE("context.composite.initialize() failed.");
         return false;
     }
-    if (!createGaussianBlur(context.blur, snapCustomKernelSize(kernelSize))) {
+    context.kernelSize = snapCustomKernelSize(kernelSize);
+    if (!createGaussianBlur(context.blur, context.kernelSize)) {
         PM_LOGE("createGaussianBlur() failed.");
         return false;
     }
@@ -79,6 +81,7 @@ void deleteCustomGaussianBlur(CustomGaussianBlur& context) {
     context.dither.RandomDithering::finalize();
     pmGL::deleteFrameBuffer(context.blurBuffer);
     pmGL::deleteFrameBuffer(context.downBuffer);
+    deleteSmoothStill(context);
     PM_LOGE("createCustomGaussianBlur() end");
 }
 
@@ -107,19 +110,27 @@ void setScaleFactor(CustomGaussianBlur& context, float scaleFactor) {
 
 void setAlphaMultiplier(CustomGaussianBlur& context, float alpha) {
     context.dither.setAlphaMultiplier(alpha);
+    if (hasSmoothStill(context)) context.smoothOutput.setAlphaMultiplier(alpha);
 }
 
 void setArea(CustomGaussianBlur& context, const glm::vec2& pos0, const glm::vec2& pos1,
              const glm::vec2& tex0, const glm::vec2& tex1) {
     context.dither.setArea(pos0, pos1, tex0, tex1);
+    context.area[0] = pos0;
+    context.area[1] = pos1;
+    context.area[2] = tex0;
+    context.area[3] = tex1;
+    if (hasSmoothStill(context)) context.smoothOutput.setArea(pos0, pos1, tex0, tex1);
 }
 
 void setColor(CustomGaussianBlur& context, const glm::vec4& color) {
     context.dither.setColor(color);
+    if (hasSmoothStill(context)) pmGL::setUniformData(context.smoothOutput.ud, "uColor", color);
 }
 
 void setMixColor(CustomGaussianBlur& context, const glm::vec4& color) {
     context.dither.setMixColor(color);
+    if (hasSmoothStill(context)) pmGL::setUniformData(context.smoothOutput.ud, "uMixColor", color);
 }
 
 void drawCustomGaussianBlur(CustomGaussianBlur& context) {
@@ -132,6 +143,10 @@ void drawCustomGaussianBlur(CustomGaussianBlur& context) {
         return;
     }
     pmGL::Texture& input = *context.inputTexture;
+    if (context.quality == BLUR_QUALITY_SMOOTH) {
+        drawSmoothStill(context, input);
+        return;
+    }
     const glm::ivec2 inputSize(input.width, input.height);
     const glm::ivec2 scaledSize(glm::vec2(inputSize) * context.scaleFactor + 0.5f);
     PM_ASSERT(scaledSize.x > 0 && scaledSize.y > 0);

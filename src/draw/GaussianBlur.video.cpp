@@ -62,7 +62,8 @@ bool VideoGaussianBlur::initialize(int kernelSize) {
     // Snapped like fixKernelSize, but not clamped: the size is the caller's.
     const int kernelIndex = static_cast<int>(static_cast<float>(kernelSize - 7) * 0.25f + 0.5f);
     PM_LOGE("kernelIndex: %d", kernelIndex);
-    if (!createGaussianBlur(blur, 4 * kernelIndex + 7)) {
+    this->kernelSize = 4 * kernelIndex + 7;
+    if (!createGaussianBlur(blur, this->kernelSize)) {
         PM_LOGE("Failed to createGaussianBlur");
         return false;
     }
@@ -85,6 +86,7 @@ void VideoGaussianBlur::finalize() {
     pmGL::deleteFrameBuffer(previousBuffer);
     pmGL::deleteFrameBuffer(latestBuffer);
     pmGL::deleteFrameBuffer(scaledBuffer);
+    deleteSmooth();
     PM_LOGE("VideoGaussianBlur::finalize() is Finished.");
 }
 
@@ -95,6 +97,10 @@ void VideoGaussianBlur::setVideoCapture(pmGL::Texture& tex, glm::vec2 flip) {
     }
     if (tex.id == 0) {
         PM_LOGE("input texture is invalid.");
+        return;
+    }
+    if (quality == BLUR_QUALITY_SMOOTH) {
+        captureSmooth(tex, flip);
         return;
     }
     const glm::ivec2 scaled(glm::vec2(tex.width, tex.height) * scaleFactor + 0.5f);
@@ -186,6 +192,10 @@ void VideoGaussianBlur::draw(float weight) {
     }
     // With a single capture the previous buffer holds nothing worth showing.
     const float w = pendingCaptures > 0 ? 1.0f : std::min(std::max(weight, 0.0f), 1.0f);
+    if (quality == BLUR_QUALITY_SMOOTH) {
+        drawSmooth(w);
+        return;
+    }
     pmGL::setUniformData(dualCompositing.ud, "uWeight", w);
     pmGL::setUniformData(dualCompositing.ud, "uDithering", dithering ? 1 : 0);
     pmDraw::setTexture(dualCompositing, previousBuffer, latestBuffer, glm::vec2(0.0f, 0.0f));
@@ -203,18 +213,26 @@ void VideoGaussianBlur::setScaleFactor(float value) {
 void VideoGaussianBlur::setArea(const glm::vec2& pos0, const glm::vec2& pos1, const glm::vec2& tex0,
                                 const glm::vec2& tex1) {
     dualCompositing.setArea(pos0, pos1, tex0, tex1);
+    area[0] = pos0;
+    area[1] = pos1;
+    area[2] = tex0;
+    area[3] = tex1;
+    if (smoothOutput.program.id != 0) smoothOutput.setArea(pos0, pos1, tex0, tex1);
 }
 
 void VideoGaussianBlur::setColor(const glm::vec4& color) {
     pmGL::setUniformData(dualCompositing.ud, "uColor", color);
+    if (smoothOutput.program.id != 0) pmGL::setUniformData(smoothOutput.ud, "uColor", color);
 }
 
 void VideoGaussianBlur::setMixColor(const glm::vec4& color) {
     pmGL::setUniformData(dualCompositing.ud, "uMixColor", color);
+    if (smoothOutput.program.id != 0) pmGL::setUniformData(smoothOutput.ud, "uMixColor", color);
 }
 
 void VideoGaussianBlur::setAlphaMultiplier(float alpha) {
     dualCompositing.setAlphaMultiplier(alpha);
+    if (smoothOutput.program.id != 0) smoothOutput.setAlphaMultiplier(alpha);
 }
 
 }  // namespace pmDraw
