@@ -35,6 +35,8 @@ void addBlurLookOptions(CLI::App& command, BlurLook& look) {
         ->capture_default_str();
     command.add_option("--kernel", look.kernel, "Kernel size; rounded to 7, 11, 15, ...")
         ->capture_default_str();
+    command.add_flag("--smooth", look.smooth,
+                     "Smooth quality: no steps in flat areas, cheaper at low intensities");
 }
 
 void checkBlurLook(const BlurLook& look) {
@@ -46,4 +48,5 @@ void applyBlurLook(pmFilterObject blur, const BlurLook& look) {
     pmBlurFilterSetBlurIntensity(blur, look.intensity);
     pmBlurFilterSetBlurDimming(blur, look.dim);
     pmBlurFilterSetBlurMixColor(blur, mix[0], mix[1], mix[2], mix[3]);
+    pmBlurFilterSetQuality(blur, look.smooth ? PM_BLUR_QUALITY_SMOOTH : PM_BLUR_QUALITY_DEFAULT);
 }

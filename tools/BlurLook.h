@@ -16,9 +16,10 @@ struct BlurLook {
     float dim = 1.0f;
     std::string mix = "0,0,0,0";
     int kernel = 35;
+    bool smooth = false;
 };
 
-// Adds --dim, --mix and --kernel to a command; the intensity has its own
+// Adds --dim, --mix, --kernel and --smooth to a command; the intensity has its own
 // option name in each command.
 void addBlurLookOptions(CLI::App& command, BlurLook& look);
 

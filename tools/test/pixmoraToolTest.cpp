@@ -289,6 +289,41 @@ TEST_F(ToolTest, BlurKeepsTheOrientationAndAppliesDimAndMix) {
     pmUtil::deleteImageData(out);
 }
 
+// A blur of a ramp stays a ramp: rising along x, its mean kept. --smooth must
+// reach the object, so its picture differs from the default quality's.
+TEST_F(ToolTest, SmoothBlurKeepsARampRisingAndDiffersFromTheDefault) {
+    const int w = 96, h = 16;
+    std::vector<unsigned char> pixels(static_cast<size_t>(w) * h * 3);
+    for (int y = 0; y < h; ++y) {
+        for (int x = 0; x < w; ++x) {
+            for (int c = 0; c < 3; ++c) pixels[(y * w + x) * 3 + c] = (x * 255) / (w - 1);
+        }
+    }
+    ASSERT_TRUE(pmStb::saveImage(path("ramp.png"), Image(w, h, 3, pixels.data()), false));
+    const std::string in = inQuotes(path("ramp.png"));
+    RunResult result = run("blur " + in + " " + inQuotes(path("default.png")) + " --intensity 5");
+    ASSERT_EQ(result.status, 0) << result.err;
+    result = run("blur " + in + " " + inQuotes(path("smooth.png")) + " --intensity 5 --smooth");
+    ASSERT_EQ(result.status, 0) << result.err;
+    Image plain = pmStb::loadImage(path("default.png"), false);
+    Image smooth = pmStb::loadImage(path("smooth.png"), false);
+    ASSERT_TRUE(plain.isCompatible(smooth));
+    const int row = h / 2, ch = smooth.channel;
+    long sum = 0;
+    int differing = 0;
+    for (int x = 0; x < w; ++x) {
+        const size_t at = (static_cast<size_t>(row) * w + x) * ch;
+        sum += smooth.data[at];
+        if (smooth.data[at] != plain.data[at]) ++differing;
+        // The dither may move a level either way.
+        if (x > 0) EXPECT_GE(smooth.data[at] + 1, smooth.data[at - ch]) << "x " << x;
+    }
+    EXPECT_NEAR(static_cast<double>(sum) / w, 127.5, 3.0);
+    EXPECT_GT(differing, 0);
+    pmUtil::deleteImageData(plain);
+    pmUtil::deleteImageData(smooth);
+}
+
 TEST_F(ToolTest, BlurRefusesAMalformedMixColour) {
     writeInput("in.png", 4, 4, 3);
     expectRefused(
