@@ -80,15 +80,17 @@ in_root() {
   ' in-root "$dir" "$archives" "$command"
 }
 
+# The two roots of this run, removed when it ends however it ends.
+first=""
+second=""
+
 main() {
   [ "$(id -u)" -eq 0 ] || skip "needs root to build and enter a bare root"
   command -v unshare >/dev/null || skip "unshare is not available"
   mkdir -p "$cache"
   build_bare_root
 
-  local first second
   first=$(fresh_root)
-  second=""
   trap 'rm -rf "$first" ${second:+"$second"}' EXIT
   git clone -q --branch main "$repo" "$first/root/pixmora"
   echo "check-fresh-machine: README commands in a bare root ($first)"
