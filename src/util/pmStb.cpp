@@ -2,11 +2,13 @@
 // into this file alone, with static linkage, so that none of their symbols
 // leaves the library; every function that calls them lives here.
 #include "pmStb.h"
+#include "pmStb.limits.h"
 
 #include <errno.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/stat.h>
 #include <sys/types.h>
 #include <unistd.h>
 
@@ -108,7 +110,34 @@ int writeByExtension(const std::string& path, const std::string& extension, cons
 // than a whole image cannot be written.
 template <typename T>
 bool hasPixels(const pmUtil::ImageData<T>& image) {
-    return image.data != nullptr && image.width > 0 && image.height > 0 && image.channel > 0;
+    return image.data != nullptr && isValidImageShape(image.width, image.height, image.channel);
+}
+
+// Bytes in a file, or 0 when it cannot be read.
+std::uint64_t fileSize(const std::string& path) {
+    struct stat info {};
+    if (stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return 0;
+    return static_cast<std::uint64_t>(info.st_size);
+}
+
+// The header of a file is never trusted: the pixels it claims must fit in an
+// int and come from the bytes the file has, or nothing is allocated for them.
+// A file whose header stb cannot read is left to the decoder to refuse.
+bool hasPlausibleHeader(const std::string& path) {
+    int width = 0;
+    int height = 0;
+    int channel = 0;
+    if (stbi_info(path.c_str(), &width, &height, &channel) == 0) return true;
+    return isPlausibleEncoding(width, height, channel, fileSize(path));
+}
+
+bool hasPlausibleHeader(const Block& block) {
+    int width = 0;
+    int height = 0;
+    int channel = 0;
+    const int length = static_cast<int>(block.index);
+    if (stbi_info_from_memory(block.data, length, &width, &height, &channel) == 0) return true;
+    return isPlausibleEncoding(width, height, channel, block.index);
 }
 
 // Encodes through one of the callback writers into a block the size of the
@@ -132,18 +161,6 @@ Block packThroughCallback(const std::string& extension, const Image& image) {
     return block;
 }
 
-template <typename T>
-void writeValue(std::ofstream& stream, const T& value) {
-    stream.write(reinterpret_cast<const char*>(&value), sizeof(value));
-}
-
-template <typename T>
-T readValue(std::ifstream& stream) {
-    T value{};
-    stream.read(reinterpret_cast<char*>(&value), sizeof(value));
-    return value;
-}
-
 }  // namespace
 
 bool loadImageInfo(const std::string& path, int* width, int* height, int* channel) {
@@ -158,13 +175,15 @@ Image loadImage(const std::string& path, bool flip) {
     int width = 0;
     int height = 0;
     int channel = 0;
-    stbi_set_flip_vertically_on_load(flip ? 1 : 0);
-    unsigned char* data = stbi_load(path.c_str(), &width, &height, &channel, 0);
+    unsigned char* data = nullptr;
+    if (hasPlausibleHeader(path)) {
+        LoadFlipScope flipScope(flip);
+        data = stbi_load(path.c_str(), &width, &height, &channel, 0);
+    }
     if (data == nullptr) {
         PM_LOGE("Fail to load %s.\n", path.c_str());
         width = height = channel = 0;
     }
-    stbi_set_flip_vertically_on_load(0);
     return Image(width, height, channel, data, true);
 }
 
@@ -173,7 +192,7 @@ pmUtil::ImageData<float> loadHdrImage(const std::string& path, bool flip) {
     int height = 0;
     int channel = 0;
     float* data = nullptr;
-    {
+    if (hasPlausibleHeader(path)) {
         LoadFlipScope flipScope(flip);
         data = stbi_loadf(path.c_str(), &width, &height, &channel, 0);
     }
@@ -294,7 +313,8 @@ Image createUnpackedImage(const Block& block, bool flip) {
     int height = 0;
     int channel = 0;
     unsigned char* data = nullptr;
-    if (block.data != nullptr && block.index > 0 && block.index <= INT_MAX) {
+    if (block.data != nullptr && block.index > 0 && block.index <= block.length &&
+        block.index <= INT_MAX && hasPlausibleHeader(block)) {
         LoadFlipScope flipScope(flip);
         data = stbi_load_from_memory(block.data, static_cast<int>(block.index), &width, &height,
                                      &channel, 0);
@@ -304,70 +324,6 @@ Image createUnpackedImage(const Block& block, bool flip) {
         width = height = channel = 0;
     }
     return Image(width, height, channel, data, true);
-}
-
-bool writeImage(std::ofstream& stream, const Image& image, const std::string& extension) {
-    if (!stream.is_open()) return false;
-    if (image.data == nullptr) return false;
-
-    writeValue(stream, static_cast<std::uint64_t>(extension.size()));
-    stream.write(extension.data(), static_cast<std::streamsize>(extension.size()));
-
-    if (extension == ".raw") {
-        writeValue(stream, static_cast<std::int32_t>(image.width));
-        writeValue(stream, static_cast<std::int32_t>(image.height));
-        writeValue(stream, static_cast<std::int32_t>(image.channel));
-        stream.write(reinterpret_cast<const char*>(image.data),
-                     static_cast<std::streamsize>(image.getCount()));
-        return true;
-    }
-
-    // A format that fails to pack still leaves a whole record: length 0.
-    Block block = createPackedImage(extension, image, false);
-    writeValue(stream, static_cast<std::uint64_t>(block.index));
-    if (block.index != 0) {
-        stream.write(reinterpret_cast<const char*>(block.data),
-                     static_cast<std::streamsize>(block.index));
-    }
-    pmUtil::deleteMemoryBlock(block);
-    return true;
-}
-
-Image readImage(std::ifstream& stream) {
-    if (!stream.is_open()) return Image();
-
-    const std::uint64_t extensionLength = readValue<std::uint64_t>(stream);
-    std::string extension;
-    if (extensionLength > 0) {
-        char* text = pmUtil::safeNewArray<char>(static_cast<std::size_t>(extensionLength));
-        if (text == nullptr) return Image();
-        stream.read(text, static_cast<std::streamsize>(extensionLength));
-        extension.assign(text, static_cast<std::size_t>(extensionLength));
-        delete[] text;
-    }
-
-    if (extension == ".raw") {
-        Image image;
-        image.width = readValue<std::int32_t>(stream);
-        image.height = readValue<std::int32_t>(stream);
-        image.channel = readValue<std::int32_t>(stream);
-        image.data = pmUtil::safeNewArray<unsigned char>(image.getCount());
-        if (image.data == nullptr) return Image();
-        image.useFree = false;
-        stream.read(reinterpret_cast<char*>(image.data),
-                    static_cast<std::streamsize>(image.getCount()));
-        return image;
-    }
-
-    const std::uint64_t blockLength = readValue<std::uint64_t>(stream);
-    Block block = pmUtil::createMemoryBlock<unsigned char>(static_cast<std::size_t>(blockLength));
-    if (block.data != nullptr && blockLength > 0) {
-        stream.read(reinterpret_cast<char*>(block.data), static_cast<std::streamsize>(blockLength));
-        block.index += blockLength;
-    }
-    Image image = createUnpackedImage(block, false);
-    pmUtil::deleteMemoryBlock(block);
-    return image;
 }
 
 }  // namespace pmStb
