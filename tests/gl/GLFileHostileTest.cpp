@@ -123,10 +123,10 @@ TEST_F(GLFileHostileTest, PkmFileShorterThanItsHeaderIsRefused) {
 
 TEST_F(GLFileHostileTest, PkmSizesThatAreNotWholeBlocksAreRefused) {
     const std::array<std::array<int, 4>, 4> sizes = {{
-        {4, 4, 0, 4},   // no width
-        {4, 4, 5, 4},   // wider than its blocks
-        {8, 4, 3, 4},   // a block more than the width needs
-        {6, 4, 6, 4},   // not a whole number of blocks
+        {4, 4, 0, 4},  // no width
+        {4, 4, 5, 4},  // wider than its blocks
+        {8, 4, 3, 4},  // a block more than the width needs
+        {6, 4, 6, 4},  // not a whole number of blocks
     }};
     for (const auto& size : sizes) {
         std::vector<std::uint8_t> file = pkmHeader(size[0], size[1], size[2], size[3]);
@@ -134,8 +134,8 @@ TEST_F(GLFileHostileTest, PkmSizesThatAreNotWholeBlocksAreRefused) {
         writeFile(path("odd.pkm"), file);
         Texture tex;
         LogCapture log;
-        EXPECT_FALSE(loadCompressedTexture(tex, path("odd.pkm"), GL_COMPRESSED_RGB8_ETC2,
-                                           GL_REPEAT, GL_NEAREST))
+        EXPECT_FALSE(loadCompressedTexture(tex, path("odd.pkm"), GL_COMPRESSED_RGB8_ETC2, GL_REPEAT,
+                                           GL_NEAREST))
             << size[0] << " " << size[2];
         EXPECT_FALSE(isExist(tex));
         EXPECT_EQ(log.count("Invalid PKM size"), 1) << log.dump();
