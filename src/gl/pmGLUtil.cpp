@@ -41,6 +41,15 @@ bool isEightBitsPerPixel(int internalFormat) {
            internalFormat == 0x9273;
 }
 
+// (d + 0.5) x 255, truncated. A difference steeper than half the height
+// range lies outside a byte: it is held at the nearest end.
+unsigned char gradientByte(float difference) {
+    const float value = (difference + 0.5f) * 255.f;
+    if (!(value > 0.f)) return 0;
+    if (value >= 255.f) return 255;
+    return static_cast<unsigned char>(value);
+}
+
 // Four bytes a pixel, and few enough pixels for three float planes.
 bool isValidNoiseImage(const ImageData<unsigned char>& image) {
     return image.channel == 4 && image.width > 0 && image.height > 0 &&
@@ -145,8 +154,8 @@ void createNoiseTexture(Texture& tex, const ImageData<unsigned char>& image, glm
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
             unsigned char* out = noise.data + (static_cast<std::size_t>(y) * width + x) * 3;
-            out[0] = static_cast<unsigned char>((a[at(x, y)] + 0.5f) * 255.f);
-            out[1] = static_cast<unsigned char>((b[at(x, y)] + 0.5f) * 255.f);
+            out[0] = gradientByte(a[at(x, y)]);
+            out[1] = gradientByte(b[at(x, y)]);
             out[2] = 0;
         }
     }

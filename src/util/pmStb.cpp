@@ -2,18 +2,20 @@
 // into this file alone, with static linkage, so that none of their symbols
 // leaves the library; every function that calls them lives here.
 #include "pmStb.h"
+#include "pmStb.jpegTables.h"
 #include "pmStb.limits.h"
 
 #include <errno.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-#include <sys/stat.h>
 #include <sys/types.h>
 #include <unistd.h>
 
 #include <climits>
 #include <cstdint>
+#include <fstream>
+#include <vector>
 
 // The image formats the library reads: PNG, JPEG, BMP, TGA and Radiance HDR.
 #define STB_IMAGE_STATIC
@@ -113,31 +115,37 @@ bool hasPixels(const pmUtil::ImageData<T>& image) {
     return image.data != nullptr && isValidImageShape(image.width, image.height, image.channel);
 }
 
-// Bytes in a file, or 0 when it cannot be read.
-std::uint64_t fileSize(const std::string& path) {
-    struct stat info {};
-    if (stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return 0;
-    return static_cast<std::uint64_t>(info.st_size);
+// The whole file, which the checks below and the decoder then read from
+// memory; false when it cannot be read or is beyond what stb counts in an int.
+bool readFileBytes(const std::string& path, std::vector<unsigned char>& bytes) {
+    std::ifstream in(path, std::ios::binary | std::ios::ate);
+    if (!in.is_open()) return false;
+    const std::streamoff size = in.tellg();
+    if (size <= 0 || size > INT_MAX) return false;
+    bytes.resize(static_cast<std::size_t>(size));
+    in.seekg(0);
+    in.read(reinterpret_cast<char*>(bytes.data()), size);
+    return in.gcount() == size;
 }
 
-// The header of a file is never trusted: the pixels it claims must fit in an
-// int and come from the bytes the file has, or nothing is allocated for them.
-// A file whose header stb cannot read is left to the decoder to refuse.
-bool hasPlausibleHeader(const std::string& path) {
+// Encoded bytes are never trusted: the decoder's own weak spots are checked
+// first, then the pixels the header claims must fit in an int and come from
+// the bytes there are, or nothing is allocated for them. Bytes whose header
+// stb cannot read are left to the decoder to refuse.
+bool isSafeToDecode(const unsigned char* data, std::size_t size) {
+    if (data == nullptr || size == 0 || size > INT_MAX) return false;
+    if (!hasSafeHuffmanTables(data, size)) return false;
     int width = 0;
     int height = 0;
     int channel = 0;
-    if (stbi_info(path.c_str(), &width, &height, &channel) == 0) return true;
-    return isPlausibleEncoding(width, height, channel, fileSize(path));
+    if (stbi_info_from_memory(data, static_cast<int>(size), &width, &height, &channel) == 0) {
+        return true;
+    }
+    return isPlausibleEncoding(width, height, channel, size);
 }
 
-bool hasPlausibleHeader(const Block& block) {
-    int width = 0;
-    int height = 0;
-    int channel = 0;
-    const int length = static_cast<int>(block.index);
-    if (stbi_info_from_memory(block.data, length, &width, &height, &channel) == 0) return true;
-    return isPlausibleEncoding(width, height, channel, block.index);
+bool isSafeToDecode(const std::vector<unsigned char>& bytes) {
+    return isSafeToDecode(bytes.data(), bytes.size());
 }
 
 // Encodes through one of the callback writers into a block the size of the
@@ -164,7 +172,10 @@ Block packThroughCallback(const std::string& extension, const Image& image) {
 }  // namespace
 
 bool loadImageInfo(const std::string& path, int* width, int* height, int* channel) {
-    if (stbi_info(path.c_str(), width, height, channel) == 0) {
+    std::vector<unsigned char> bytes;
+    if (!readFileBytes(path, bytes) || !hasSafeHuffmanTables(bytes.data(), bytes.size()) ||
+        stbi_info_from_memory(bytes.data(), static_cast<int>(bytes.size()), width, height,
+                              channel) == 0) {
         PM_LOGE("Fail to load %s\n", path.c_str());
         return false;
     }
@@ -176,9 +187,11 @@ Image loadImage(const std::string& path, bool flip) {
     int height = 0;
     int channel = 0;
     unsigned char* data = nullptr;
-    if (hasPlausibleHeader(path)) {
+    std::vector<unsigned char> bytes;
+    if (readFileBytes(path, bytes) && isSafeToDecode(bytes)) {
         LoadFlipScope flipScope(flip);
-        data = stbi_load(path.c_str(), &width, &height, &channel, 0);
+        data = stbi_load_from_memory(bytes.data(), static_cast<int>(bytes.size()), &width, &height,
+                                     &channel, 0);
     }
     if (data == nullptr) {
         PM_LOGE("Fail to load %s.\n", path.c_str());
@@ -192,9 +205,11 @@ pmUtil::ImageData<float> loadHdrImage(const std::string& path, bool flip) {
     int height = 0;
     int channel = 0;
     float* data = nullptr;
-    if (hasPlausibleHeader(path)) {
+    std::vector<unsigned char> bytes;
+    if (readFileBytes(path, bytes) && isSafeToDecode(bytes)) {
         LoadFlipScope flipScope(flip);
-        data = stbi_loadf(path.c_str(), &width, &height, &channel, 0);
+        data = stbi_loadf_from_memory(bytes.data(), static_cast<int>(bytes.size()), &width, &height,
+                                      &channel, 0);
     }
     if (data == nullptr) {
         PM_LOGE("Fail to load %s.\n", path.c_str());
@@ -314,7 +329,7 @@ Image createUnpackedImage(const Block& block, bool flip) {
     int channel = 0;
     unsigned char* data = nullptr;
     if (block.data != nullptr && block.index > 0 && block.index <= block.length &&
-        block.index <= INT_MAX && hasPlausibleHeader(block)) {
+        isSafeToDecode(block.data, static_cast<std::size_t>(block.index))) {
         LoadFlipScope flipScope(flip);
         data = stbi_load_from_memory(block.data, static_cast<int>(block.index), &width, &height,
                                      &channel, 0);

@@ -260,3 +260,42 @@ TEST_F(GLFileHostileTest, FrameBufferStreamOfRowsGLPadsKeepsEveryPixel) {
 }
 
 }  // namespace
+
+namespace {
+
+// Columns of `left` up to x = 2 and of `right` from x = 3: the horizontal
+// difference at x = 2 and 3 is the whole height range.
+std::vector<std::uint8_t> stepImage(std::uint8_t left, std::uint8_t right) {
+    std::vector<std::uint8_t> rgba;
+    for (int y = 0; y < NOISE_HEIGHT; ++y) {
+        for (int x = 0; x < NOISE_WIDTH; ++x) {
+            const std::uint8_t value = x <= 2 ? left : right;
+            rgba.insert(rgba.end(), {value, value, value, 255});
+        }
+    }
+    return rgba;
+}
+
+TEST_F(GLFileHostileTest, NoiseOfASteepStepIsHeldAtTheEndsOfAByte) {
+    // (1 + 0.5) x 255 and (-1 + 0.5) x 255 lie outside a byte.
+    const std::pair<std::vector<std::uint8_t>, int> cases[] = {{stepImage(255, 0), 255},
+                                                               {stepImage(0, 255), 0}};
+    for (const auto& [pixels, expected] : cases) {
+        std::vector<std::uint8_t> copy = pixels;
+        Texture tex;
+        createNoiseTexture(tex, ImageData<unsigned char>(NOISE_WIDTH, NOISE_HEIGHT, 4, copy.data()),
+                           glm::ivec2(1, 1));
+        ASSERT_TRUE(isExist(tex));
+        const std::vector<std::uint8_t> out =
+            gltest::readTextureRGBA(tex.id, tex.width, tex.height);
+        for (int y = 1; y < NOISE_HEIGHT - 1; ++y) {
+            for (int x : {2, 3}) {
+                const std::size_t i = (static_cast<std::size_t>(y) * NOISE_WIDTH + x) * 4;
+                EXPECT_EQ(out[i + 1], expected) << x << "," << y;
+            }
+        }
+        deleteTexture(tex);
+    }
+}
+
+}  // namespace

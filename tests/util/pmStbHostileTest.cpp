@@ -7,12 +7,14 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
 #include "LogCapture.h"
 #include "pmStb.h"
 #include "pmUtil.h"
+#include "util/pmStb.jpegTables.h"
 
 namespace {
 
@@ -208,6 +210,63 @@ TEST_F(StbHostileTest, BlockWhoseIndexPassesItsLengthIsRefused) {
     LogCapture log;
     Image image = pmStb::createUnpackedImage(lying, false);
     EXPECT_EQ(image.data, nullptr);
+}
+
+}  // namespace
+
+namespace {
+
+Bytes fileOf(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+const std::string HUFFMAN_OVERFLOW = PIXMORA_TEST_DATA_DIR "/hostile/jpeg-huffman-overflow.jpg";
+
+// SOI, then a DHT whose sixteen code counts of 17 add up to 272.
+Bytes jpegWithCodes(unsigned char count) {
+    Bytes bytes = {0xFF, 0xD8, 0xFF, 0xC4, 0x00, 0x13, 0x00};
+    bytes.insert(bytes.end(), 16, count);
+    return bytes;
+}
+
+TEST(StbJpegTables, TablesOfMoreThan256CodesAreFound) {
+    EXPECT_FALSE(pmStb::hasSafeHuffmanTables(jpegWithCodes(17).data(), 2 + 4 + 1 + 16));
+    EXPECT_TRUE(pmStb::hasSafeHuffmanTables(jpegWithCodes(16).data(), 2 + 4 + 1 + 16));
+    const Bytes found = fileOf(HUFFMAN_OVERFLOW);
+    ASSERT_FALSE(found.empty());
+    EXPECT_FALSE(pmStb::hasSafeHuffmanTables(found.data(), found.size()));
+}
+
+TEST(StbJpegTables, TablesOfTheLibrarysOwnJpegsPass) {
+    for (int channel : {1, 3}) {
+        Bytes pixels(16 * 9 * channel);
+        for (std::size_t i = 0; i < pixels.size(); ++i) pixels[i] = static_cast<unsigned char>(i);
+        Block block = pmStb::createPackedImage(".jpg", Image(16, 9, channel, pixels.data()), false);
+        ASSERT_NE(block.data, nullptr);
+        EXPECT_TRUE(pmStb::hasSafeHuffmanTables(block.data, block.index));
+        pmUtil::deleteMemoryBlock(block);
+    }
+    // Not a JPEG stream at all.
+    const unsigned char png[] = {0x89, 'P', 'N', 'G', 0xFF, 0xC4, 0, 0x13, 0, 255, 255};
+    EXPECT_TRUE(pmStb::hasSafeHuffmanTables(png, sizeof(png)));
+}
+
+TEST(StbJpegTables, JpegWithTooManyCodesIsNeitherReadNorDecoded) {
+    LogCapture log;
+    int width = 0, height = 0, channel = 0;
+    EXPECT_FALSE(pmStb::loadImageInfo(HUFFMAN_OVERFLOW, &width, &height, &channel));
+    Image image = pmStb::loadImage(HUFFMAN_OVERFLOW, false);
+    EXPECT_EQ(image.data, nullptr);
+    pmUtil::ImageData<float> hdr = pmStb::loadHdrImage(HUFFMAN_OVERFLOW, false);
+    EXPECT_EQ(hdr.data, nullptr);
+    Bytes bytes = fileOf(HUFFMAN_OVERFLOW);
+    const Block block(bytes.data(), bytes.size(), bytes.size(), false);
+    Image unpacked = pmStb::createUnpackedImage(block, false);
+    EXPECT_EQ(unpacked.data, nullptr);
+    EXPECT_EQ(log.countEndingWith("> Fail to load " + HUFFMAN_OVERFLOW + "\n"), 1) << log.dump();
+    EXPECT_EQ(log.countEndingWith("> Fail to load " + HUFFMAN_OVERFLOW + ".\n"), 2) << log.dump();
+    EXPECT_EQ(log.countEndingWith("> Fail to unpack an image block.\n"), 1) << log.dump();
 }
 
 }  // namespace
