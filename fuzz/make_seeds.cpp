@@ -64,8 +64,8 @@ void imageSeeds(const std::string& corpus) {
     }
     std::vector<float> hdr(4 * 3 * 3);
     for (std::size_t i = 0; i < hdr.size(); ++i) hdr[i] = 0.25f * static_cast<float>(i);
-    if (pmStb::saveHdrImage("/tmp/pixmora-seed.hdr",
-                            pmUtil::ImageData<float>(4, 3, 3, hdr.data()), false)) {
+    if (pmStb::saveHdrImage("/tmp/pixmora-seed.hdr", pmUtil::ImageData<float>(4, 3, 3, hdr.data()),
+                            false)) {
         const Bytes encoded = readBytes("/tmp/pixmora-seed.hdr");
         writeBytes(unpacked + "own-hdr", withPrefix(1, encoded));
         writeBytes(file + "own-hdr", withPrefix(8, encoded));
@@ -97,7 +97,8 @@ void pkmSeeds(const std::string& corpus) {
                 bytes.push_back(static_cast<unsigned char>(value & 0xFF));
             }
             const std::size_t data = static_cast<std::size_t>(ew) * eh / (format == 0 ? 2 : 1);
-            for (std::size_t i = 0; i < data; ++i) bytes.push_back(static_cast<unsigned char>(i * 13));
+            for (std::size_t i = 0; i < data; ++i)
+                bytes.push_back(static_cast<unsigned char>(i * 13));
             writeBytes(dir + "own" + std::to_string(index++), bytes);
         }
     }
@@ -120,8 +121,12 @@ void frameBufferSeeds(const std::string& corpus) {
 
 void stringSeeds(const std::string& corpus) {
     const std::string dir = corpus + "/fuzz_string_parsers/";
-    const char* texts[] = {"\x0A-05:30:00:", "\x0A+09:00:00:", "\x09" "12:60:61/.",
-                           "\x12/usr/lib/a.b/c.so.1/\\.", "\x05" "a:b:c"};
+    const char* texts[] = {"\x0A-05:30:00:", "\x0A+09:00:00:",
+                           "\x09"
+                           "12:60:61/.",
+                           "\x12/usr/lib/a.b/c.so.1/\\.",
+                           "\x05"
+                           "a:b:c"};
     int index = 0;
     for (const char* text : texts) {
         const std::string bytes(text);

@@ -8,9 +8,6 @@
 #include <cstdlib>
 #include <fstream>
 
-// The library's log lines would drown the fuzzer's own output.
-extern "C" int __dlog_print(int, int, const char*, const char*, ...) { return 0; }
-
 namespace fuzz {
 
 std::string writeScratchFile(const std::uint8_t* data, std::size_t size,

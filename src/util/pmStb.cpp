@@ -4,6 +4,7 @@
 #include "pmStb.h"
 #include "pmStb.jpegTables.h"
 #include "pmStb.limits.h"
+#include "pmStb.pngChunks.h"
 
 #include <errno.h>
 #include <stdio.h>
@@ -134,7 +135,7 @@ bool readFileBytes(const std::string& path, std::vector<unsigned char>& bytes) {
 // stb cannot read are left to the decoder to refuse.
 bool isSafeToDecode(const unsigned char* data, std::size_t size) {
     if (data == nullptr || size == 0 || size > INT_MAX) return false;
-    if (!hasSafeHuffmanTables(data, size)) return false;
+    if (!hasSafeHuffmanTables(data, size) || !hasHonestChunkLengths(data, size)) return false;
     int width = 0;
     int height = 0;
     int channel = 0;

@@ -15,6 +15,7 @@
 #include "pmStb.h"
 #include "pmUtil.h"
 #include "util/pmStb.jpegTables.h"
+#include "util/pmStb.pngChunks.h"
 
 namespace {
 
@@ -266,6 +267,42 @@ TEST(StbJpegTables, JpegWithTooManyCodesIsNeitherReadNorDecoded) {
     EXPECT_EQ(unpacked.data, nullptr);
     EXPECT_EQ(log.countEndingWith("> Fail to load " + HUFFMAN_OVERFLOW + "\n"), 1) << log.dump();
     EXPECT_EQ(log.countEndingWith("> Fail to load " + HUFFMAN_OVERFLOW + ".\n"), 2) << log.dump();
+    EXPECT_EQ(log.countEndingWith("> Fail to unpack an image block.\n"), 1) << log.dump();
+}
+
+}  // namespace
+
+namespace {
+
+// A PNG of the library's own, with its first IDAT chunk claiming `length`.
+Bytes pngWithIdatLength(std::uint32_t length) {
+    Bytes pixels(8 * 8 * 3, 0x40);
+    Block block = pmStb::createPackedImage(".png", Image(8, 8, 3, pixels.data()), false);
+    Bytes bytes(block.data, block.data + block.index);
+    pmUtil::deleteMemoryBlock(block);
+    const std::string text(bytes.begin(), bytes.end());
+    const std::size_t type = text.find("IDAT");
+    for (int i = 0; i < 4; ++i) {
+        bytes[type - 4 + i] = static_cast<unsigned char>(length >> (24 - 8 * i));
+    }
+    return bytes;
+}
+
+TEST(StbPngChunks, ChunkClaimingMoreThanTheStreamIsFound) {
+    const Bytes lying = pngWithIdatLength(0x7FFFFFF0u);
+    EXPECT_FALSE(pmStb::hasHonestChunkLengths(lying.data(), lying.size()));
+    Bytes pixels(8 * 8 * 3, 0x40);
+    Block own = pmStb::createPackedImage(".png", Image(8, 8, 3, pixels.data()), false);
+    EXPECT_TRUE(pmStb::hasHonestChunkLengths(own.data, own.index));
+    pmUtil::deleteMemoryBlock(own);
+}
+
+TEST(StbPngChunks, PngWithALyingChunkIsNotDecoded) {
+    Bytes lying = pngWithIdatLength(0x7FFFFFF0u);
+    const Block block(lying.data(), lying.size(), lying.size(), false);
+    LogCapture log;
+    Image image = pmStb::createUnpackedImage(block, false);
+    EXPECT_EQ(image.data, nullptr);
     EXPECT_EQ(log.countEndingWith("> Fail to unpack an image block.\n"), 1) << log.dump();
 }
 
