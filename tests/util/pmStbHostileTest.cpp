@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -304,6 +305,22 @@ TEST(StbPngChunks, PngWithALyingChunkIsNotDecoded) {
     Image image = pmStb::createUnpackedImage(block, false);
     EXPECT_EQ(image.data, nullptr);
     EXPECT_EQ(log.countEndingWith("> Fail to unpack an image block.\n"), 1) << log.dump();
+}
+
+}  // namespace
+
+namespace {
+
+TEST(LogCaptureNesting, TwoLiveCapturesEachSeeTheirLinesAndFreeTheirOwn) {
+    auto outer = std::make_unique<LogCapture>();
+    {
+        LogCapture inner;
+        pmStb::createUnpackedImage(Block(), false);
+        EXPECT_EQ(inner.countEndingWith("> Fail to unpack an image block.\n"), 1);
+    }
+    pmStb::createUnpackedImage(Block(), false);
+    EXPECT_EQ(outer->countEndingWith("> Fail to unpack an image block.\n"), 2);
+    outer.reset();
 }
 
 }  // namespace
