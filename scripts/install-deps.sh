@@ -11,6 +11,7 @@ packages=(
   libgtest-dev libgmock-dev googletest libbenchmark-dev
   mate-backgrounds
   libopencv-dev opencv-data
+  clang libclang-rt-14-dev
 )
 
 missing=()

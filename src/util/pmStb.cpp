@@ -20,6 +20,13 @@
 
 // The image formats the library reads: PNG, JPEG, BMP, TGA and Radiance HDR.
 #define STB_IMAGE_STATIC
+// Every allocation of the decoders starts zeroed: the JPEG decoder takes its
+// state from malloc without clearing it, and a scan that names a Huffman table
+// no DHT defined would read uninitialised tables and index past their end.
+// Zeroed tables decode such a scan as zeros.
+#define STBI_MALLOC(size) calloc(1, size)
+#define STBI_REALLOC(pointer, size) realloc(pointer, size)
+#define STBI_FREE(pointer) free(pointer)
 #define STBI_ONLY_PNG
 #define STBI_ONLY_JPEG
 #define STBI_ONLY_BMP
