@@ -34,10 +34,13 @@ if [ -z "$driver" ]; then
 fi
 export LD_PRELOAD="$asan_runtime:$driver"
 supp="$PWD/tests/sanitizer"
-# OpenCV's camera probing loads and unloads libgphoto2's camera drivers; the
-# stacks of their leaks reach libgphoto2 and libusb only through the slow
-# unwinder, which the fast one stops short of at the unloaded driver.
-export ASAN_OPTIONS="detect_leaks=1:fast_unwind_on_malloc=0:allocator_may_return_null=1:halt_on_error=1:suppressions=$supp/asan.supp"
+export ASAN_OPTIONS="detect_leaks=1:allocator_may_return_null=1:halt_on_error=1:suppressions=$supp/asan.supp"
+# OpenCV's camera probing loads and unloads libgphoto2's camera drivers, so
+# their leaks show as unknown frames, as Mesa's did; the slow unwinder would
+# reach libgphoto2 and libusb by name but deadlocks with Mesa's threads. The
+# probing through gPhoto2 is left out instead: the camera tests still probe
+# through V4L2.
+export OPENCV_VIDEOIO_PRIORITY_GPHOTO2=0
 export LSAN_OPTIONS="suppressions=$supp/lsan.supp:print_suppressions=0"
 export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1:suppressions=$supp/ubsan.supp"
 
