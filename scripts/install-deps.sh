@@ -12,6 +12,7 @@ packages=(
   mate-backgrounds
   libopencv-dev opencv-data opencv-doc
   doxygen
+  clang libclang-rt-14-dev
 )
 
 missing=()

@@ -8,7 +8,10 @@
 #ifndef PIXMORA_PMEXPORT_H
 #define PIXMORA_PMEXPORT_H
 
-#if defined(__GNUC__)
+#if defined(__clang__) && defined(__cplusplus)
+/* clang takes no GNU attribute between "namespace" and the name. */
+#define PM_VISIBLE [[gnu::visibility("default")]]
+#elif defined(__GNUC__)
 #define PM_VISIBLE __attribute__((visibility("default")))
 #else
 #define PM_VISIBLE

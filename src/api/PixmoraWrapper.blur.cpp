@@ -27,6 +27,18 @@ FilterCommon* newBlurFilter(unsigned type, int kernelSize) {
     return nullptr;
 }
 
+// The object behind a record as the class its type names. A record whose
+// type disagrees with its object, or whose object is not live, gives null
+// with a log line: no object is ever used as a class it is not.
+template <typename Blur>
+Blur* blurOf(const pmFilterObject& object) {
+    FilterCommon* filter = objectOf(object);
+    if (filter == nullptr) return nullptr;
+    Blur* blur = dynamic_cast<Blur*>(filter);
+    if (blur == nullptr) PM_LOGE("Object type %d does not match its handler.", object.type);
+    return blur;
+}
+
 // The shape of the five functions that name a class: bracket first, then the
 // type decides; a null handler of a known type is a silent no-op.
 template <typename Photo, typename Video>
@@ -34,9 +46,9 @@ void byType(const pmFilterObject& object, const char* unknownTypeWords, Photo&& 
             Video&& video) {
     inContext([&] {
         if (object.type == PM_BLUR_PHOTO) {
-            if (object.handler) photo(static_cast<PhotoFilterBlur*>(object.handler));
+            if (PhotoFilterBlur* blur = blurOf<PhotoFilterBlur>(object)) photo(blur);
         } else if (object.type == PM_BLUR_VIDEO) {
-            if (object.handler) video(static_cast<PhotoFilterVideoBlur*>(object.handler));
+            if (PhotoFilterVideoBlur* blur = blurOf<PhotoFilterVideoBlur>(object)) video(blur);
         } else {
             PM_LOGE("%s", unknownTypeWords);
         }
@@ -69,8 +81,10 @@ PM_API void pmBlurFilterDelete(pmFilterObject* object) {
         PM_LOGI("This object is empty.");
         return;
     }
-    pmWrapper::deleteInContext(objectOf(*object));
+    FilterCommon* filter = objectOf(*object);
     object->handler = nullptr;
+    if (filter == nullptr) return;
+    pmWrapper::deleteInContext(filter);
     PM_LOGI("pmBlurFilterDelete() - delete object.handler");
 }
 
@@ -174,8 +188,9 @@ PM_API void pmBlurFilterSetDithering(pmFilterObject object, bool enabled) {
         if (object.type == PM_BLUR_PHOTO) {
             PM_LOGE("Photo blur can not disable dithering.");
         } else if (object.type == PM_BLUR_VIDEO) {
-            if (object.handler)
-                static_cast<PhotoFilterVideoBlur*>(object.handler)->SetDithering(enabled);
+            if (PhotoFilterVideoBlur* blur = blurOf<PhotoFilterVideoBlur>(object)) {
+                blur->SetDithering(enabled);
+            }
         } else {
             PM_LOGE("pmBlurFilterSetDithering() - unknown type.");
         }
@@ -187,8 +202,8 @@ PM_API void pmBlurFilterSetInterpolation(pmFilterObject object, bool enabled) {
         if (object.type == PM_BLUR_PHOTO) {
             PM_LOGE("Frame interpolation not supported.");
         } else if (object.type == PM_BLUR_VIDEO) {
-            if (object.handler) {
-                static_cast<PhotoFilterVideoBlur*>(object.handler)->SetInterpolation(enabled);
+            if (PhotoFilterVideoBlur* blur = blurOf<PhotoFilterVideoBlur>(object)) {
+                blur->SetInterpolation(enabled);
             }
         } else {
             // The words name the dithering function on purpose.

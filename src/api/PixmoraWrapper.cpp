@@ -8,6 +8,7 @@
 namespace pmWrapper {
 
 void deleteInContext(pmFilters::FilterCommon* filter) {
+    if (filter == nullptr || !unregisterObject(filter)) return;
     inContext([&] {
         filter->Terminate();
         delete filter;
@@ -83,9 +84,11 @@ PM_API void pmPhotoFilterDelete(pmFilterObject* object) {
         PM_LOGI("This object is empty.");
         return;
     }
-    PM_LOGE("pmPhotoFilterDelete() - start to delete");
-    pmWrapper::deleteInContext(objectOf(*object));
+    FilterCommon* filter = objectOf(*object);
     object->handler = nullptr;
+    if (filter == nullptr) return;
+    PM_LOGE("pmPhotoFilterDelete() - start to delete");
+    pmWrapper::deleteInContext(filter);
     PM_LOGE("pmPhotoFilterDelete() - finish to delete");
 }
 

@@ -8,9 +8,16 @@
 
 namespace pmWrapper {
 
-inline pmFilters::FilterCommon* objectOf(const pmFilterObject& object) {
-    return static_cast<pmFilters::FilterCommon*>(object.handler);
-}
+// Objects handed out by Create and not yet deleted. An object is registered
+// when Create returns it and unregistered before Delete destroys it.
+void registerObject(const pmFilters::FilterCommon* filter);
+// False when the handler was not live: nothing is to be deleted then.
+bool unregisterObject(const void* handler);
+bool isLiveObject(const void* handler);
+
+// The object behind a record; null for a null handler, and null with a log
+// line for one that Create did not hand out or whose object is deleted.
+pmFilters::FilterCommon* objectOf(const pmFilterObject& object);
 
 // Runs an entry point's GL work between Bind and Unbind of the calling
 // thread's private context. Bind does nothing while the internal context is
@@ -36,6 +43,7 @@ pmFilters::FilterCommon* createInContext(Make&& make) {
         // A failed Initialize still yields a handler; the object stays inert.
         if (filter) filter->Initialize();
     });
+    registerObject(filter);
     return filter;
 }
 

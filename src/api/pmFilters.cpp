@@ -2,6 +2,7 @@
 #include "pmFilters.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace pmFilters {
 
@@ -144,25 +145,46 @@ pmGL::Texture& FilterCommon::InputTexture() {
     return inputBuffer.colorTex[0];
 }
 
-float clampBlurIntensity(float value) {
+// A value that is not a number has no place in the range: it is refused with
+// the range's log line and the current value stays.
+float clampBlurIntensity(float value, float current) {
     const float minimum = 1.0f;
     const float maximum = 50.0f;
-    if (value < minimum || value > maximum) {
+    if (!(value >= minimum && value <= maximum)) {
         PM_LOGI("Intensity value is not valid. Blur intensity range : %f ~ %f", minimum, maximum);
     }
+    if (std::isnan(value)) return current;
     return std::min(std::max(value, minimum), maximum);
 }
 
-float clampBlurDimming(float value) {
-    if (value < 0.0f || value > 1.0f) {
+float clampBlurDimming(float value, float current) {
+    if (!(value >= 0.0f && value <= 1.0f)) {
         PM_LOGE("Intensity value is not valid. Dimming intensity range : 0.0f ~ 1.0f");
     }
+    if (std::isnan(value)) return current;
     return std::min(std::max(value, 0.0f), 1.0f);
 }
 
+bool isValidMixColor(const glm::vec4& rgba) {
+    if (glm::any(glm::isnan(rgba))) {
+        PM_LOGE("Mix color is not valid: it stays as it was.");
+        return false;
+    }
+    return true;
+}
+
 int fixKernelSize(int size) {
-    const int steps = static_cast<int>(static_cast<float>(size - 7) * 0.25f + 0.5f);
-    const int fixed = 4 * steps + 7;
+    int fixed = 0;
+    if (size < MIN_KERNEL_REQUEST || size > MAX_KERNEL_REQUEST) {
+        // Far sizes would overflow the rounding below, or make a kernel that
+        // is black (below 7) or a shader beyond what GL can compile.
+        fixed = size < MIN_KERNEL_REQUEST ? MIN_KERNEL_SIZE : MAX_KERNEL_SIZE;
+        PM_LOGE("blur kernel size %d is out of range %d ~ %d.", size, MIN_KERNEL_SIZE,
+                MAX_KERNEL_SIZE);
+    } else {
+        const int steps = static_cast<int>(static_cast<float>(size - 7) * 0.25f + 0.5f);
+        fixed = 4 * steps + 7;
+    }
     PM_LOGE("blur kernel size = %d", fixed);
     return fixed;
 }

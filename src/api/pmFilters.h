@@ -91,10 +91,18 @@ public:
 
 // The blur strength, 1 to 50, and the dimming, 0 to 1, of both blur objects:
 // a value outside its range is logged with the range's words and clamped.
-float clampBlurIntensity(float value);
-float clampBlurDimming(float value);
+float clampBlurIntensity(float value, float current);
+float clampBlurDimming(float value, float current);
+// False, with a log line, when a component is not a number.
+bool isValidMixColor(const glm::vec4& rgba);
 
 // Snaps a blur kernel size to the nearest size of the form 4n + 7.
+// Kernel sizes are 4n + 7 from 7 to 127; requests from 3 to 128 round to the
+// nearest, farther ones are held at the ends with a log line.
+constexpr int MIN_KERNEL_SIZE = 7;
+constexpr int MAX_KERNEL_SIZE = 127;
+constexpr int MIN_KERNEL_REQUEST = 3;
+constexpr int MAX_KERNEL_REQUEST = 128;
 int fixKernelSize(int size);
 
 // The scale factor of the blur's working copy for an intensity: the intensity

@@ -59,7 +59,7 @@ void PhotoFilterBlur::SetIntensity(float value) {
         return;
     }
     PM_LOGE("PhotoFilterBlur::SetIntensity() - degree : %f", value);
-    intensity = clampBlurIntensity(value);
+    intensity = clampBlurIntensity(value, intensity);
 }
 
 void PhotoFilterBlur::SetDimming(float value) {
@@ -68,7 +68,7 @@ void PhotoFilterBlur::SetDimming(float value) {
         return;
     }
     PM_LOGE("PhotoFilterBlur::SetDimming() - dim : %f", value);
-    dim = clampBlurDimming(value);
+    dim = clampBlurDimming(value, dim);
     pmDraw::setColor(blur, glm::vec4(dim, dim, dim, 1.0f));
 }
 
@@ -81,6 +81,7 @@ void PhotoFilterBlur::SetMixColor(const glm::vec4& rgba) {
         "PhotoFilterBlur::SetMixColor() - each value should be from 0.0 to 1.0. r: %f, g: %f, "
         "b: %f, a: %f",
         rgba.r, rgba.g, rgba.b, rgba.a);
+    if (!isValidMixColor(rgba)) return;
     pmDraw::setMixColor(blur, glm::clamp(rgba, 0.0f, 1.0f));
 }
 

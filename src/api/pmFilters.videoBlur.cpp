@@ -171,7 +171,7 @@ void PhotoFilterVideoBlur::SetIntensity(float value) {
         return;
     }
     PM_LOGE("PhotoFilterVideoBlur::SetIntensity() - degree : %f", value);
-    intensity = clampBlurIntensity(value);
+    intensity = clampBlurIntensity(value, intensity);
 }
 
 void PhotoFilterVideoBlur::SetDimming(float value) {
@@ -180,7 +180,7 @@ void PhotoFilterVideoBlur::SetDimming(float value) {
         return;
     }
     PM_LOGE("PhotoFilterVideoBlur::SetDimming() - dim : %f", value);
-    dim = clampBlurDimming(value);
+    dim = clampBlurDimming(value, dim);
     blur.setColor(glm::vec4(dim, dim, dim, 1.0f));
 }
 
@@ -193,6 +193,7 @@ void PhotoFilterVideoBlur::SetMixColor(const glm::vec4& rgba) {
         "PhotoFilterVideoBlur::SetMixColor() - each value should be from 0.0 to 1.0. r : %f, g : "
         "%f, b : %f, a : %f",
         rgba.r, rgba.g, rgba.b, rgba.a);
+    if (!isValidMixColor(rgba)) return;
     blur.setMixColor(glm::clamp(rgba, 0.0f, 1.0f));
 }
 

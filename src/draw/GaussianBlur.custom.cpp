@@ -1,6 +1,7 @@
 // CustomGaussianBlur: scale down, blur at the small size, and stretch back
 // through the dithering pass into the caller's framebuffer.
 #include <algorithm>
+#include <cmath>
 
 #include "GaussianBlur.buffers.h"
 #include "GaussianBlur.h"
@@ -105,6 +106,10 @@ void setTexture(CustomGaussianBlur& context, pmGL::FrameBuffer& fb, float flip) 
 }
 
 void setScaleFactor(CustomGaussianBlur& context, float scaleFactor) {
+    if (std::isnan(scaleFactor)) {
+        PM_LOGE("Scale factor is not a number: it stays %f.", context.scaleFactor);
+        return;
+    }
     context.scaleFactor = std::min(std::max(scaleFactor, 0.0f), 1.0f);
 }
 
@@ -148,8 +153,11 @@ void drawCustomGaussianBlur(CustomGaussianBlur& context) {
         return;
     }
     const glm::ivec2 inputSize(input.width, input.height);
-    const glm::ivec2 scaledSize(glm::vec2(inputSize) * context.scaleFactor + 0.5f);
+    glm::ivec2 scaledSize(glm::vec2(inputSize) * context.scaleFactor + 0.5f);
     PM_ASSERT(scaledSize.x > 0 && scaledSize.y > 0);
+    // A picture smaller than the factor's step would shrink to nothing and
+    // draw black: it is blurred at one pixel instead.
+    scaledSize = glm::max(scaledSize, glm::ivec2(1));
     pmGL::Texture& source = scaledSize == inputSize ? input : scaleDown(context, scaledSize);
     if (context.dithering) {
         blurThroughDither(context, source, scaledSize);

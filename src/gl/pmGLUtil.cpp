@@ -2,10 +2,12 @@
 #include "pmGLUtil.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cstring>
 #include <vector>
 
+#include "pmGLUtil.readBack.h"
 #include "pmStb.h"
 
 namespace pmGL {
@@ -39,6 +41,43 @@ bool isEightBitsPerPixel(int internalFormat) {
            internalFormat == 0x9273;
 }
 
+// (d + 0.5) x 255, truncated. A difference steeper than half the height
+// range lies outside a byte: it is held at the nearest end.
+unsigned char gradientByte(float difference) {
+    const float value = (difference + 0.5f) * 255.f;
+    if (!(value > 0.f)) return 0;
+    if (value >= 255.f) return 255;
+    return static_cast<unsigned char>(value);
+}
+
+// Four bytes a pixel, and few enough pixels for three float planes.
+bool isValidNoiseImage(const ImageData<unsigned char>& image) {
+    return image.channel == 4 && image.width > 0 && image.height > 0 &&
+           static_cast<std::int64_t>(image.width) * image.height * 4 <= INT_MAX;
+}
+
+// Set by the first valid image of the process: later images are laid out
+// with its width, so all noise images must share it.
+int noiseStride(int width) {
+    static const int stride = width;
+    return stride;
+}
+
+// Whether the extended size is the plain size rounded up to whole 4 x 4
+// blocks, as the compressed data is laid out.
+bool isBlockAligned(int size, int extendedSize) {
+    return size > 0 && extendedSize == (size + 3) / 4 * 4;
+}
+
+std::uint64_t remainingBytes(std::ifstream& stream) {
+    const std::streampos here = stream.tellg();
+    if (here < 0) return 0;
+    stream.seekg(0, std::ios::end);
+    const std::streampos end = stream.tellg();
+    stream.seekg(here);
+    return end < here ? 0 : static_cast<std::uint64_t>(end - here);
+}
+
 }  // namespace
 
 bool loadTexture(Texture& tex, const std::string& path, bool mipmap, unsigned wrap, unsigned filter,
@@ -66,12 +105,14 @@ bool loadTexture(Texture& tex, const std::string& path, bool mipmap, unsigned wr
 }
 
 void createNoiseTexture(Texture& tex, const ImageData<unsigned char>& image, glm::ivec2 ratio) {
+    // Pixels are read four bytes at a time: only RGBA images hold enough.
+    if (image.data == nullptr || !isValidNoiseImage(image)) {
+        PM_LOGE("Invalid noise image (%d x %d x %d).\n", image.width, image.height, image.channel);
+        return;
+    }
     const int width = image.width;
     const int height = image.height;
-    // Set once per process: later images are laid out with the first one's
-    // width, so all noise images must share it.
-    static const int stride = image.width;
-    if (width < 1 || height < 1 || image.data == nullptr) return;
+    const int stride = noiseStride(width);
 
     // The planes hold width times height values; a wider stride from an
     // earlier image would reach past that, so they grow to cover it.
@@ -80,10 +121,10 @@ void createNoiseTexture(Texture& tex, const ImageData<unsigned char>& image, glm
     std::vector<float> a(planeSize, 0.f);
     std::vector<float> b(planeSize, 0.f);
     std::vector<float> h(planeSize, 0.f);
-    auto at = [](int x, int y) { return static_cast<std::size_t>(y) * stride + x; };
+    auto at = [stride](int x, int y) { return static_cast<std::size_t>(y) * stride + x; };
 
     // The image's first row becomes the last row of the plane, as GL's rows
-    // run bottom-up. Four bytes a pixel: only RGBA images are valid.
+    // run bottom-up.
     const unsigned char* pixel = image.data;
     for (int y = height - 1; y >= 0; --y) {
         for (int x = 0; x < width; ++x, pixel += 4) {
@@ -113,8 +154,8 @@ void createNoiseTexture(Texture& tex, const ImageData<unsigned char>& image, glm
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
             unsigned char* out = noise.data + (static_cast<std::size_t>(y) * width + x) * 3;
-            out[0] = static_cast<unsigned char>((a[at(x, y)] + 0.5f) * 255.f);
-            out[1] = static_cast<unsigned char>((b[at(x, y)] + 0.5f) * 255.f);
+            out[0] = gradientByte(a[at(x, y)]);
+            out[1] = gradientByte(b[at(x, y)]);
             out[2] = 0;
         }
     }
@@ -129,6 +170,11 @@ void createNoiseTexture(Texture& tex, const ImageData<unsigned char>& image, glm
 bool loadNoiseTexture(Texture& tex, const std::string& path, glm::ivec2 ratio) {
     ImageData<unsigned char> image = pmStb::loadImage(path, false);
     if (image.data == nullptr) return false;
+    if (!isValidNoiseImage(image)) {
+        PM_LOGE("Invalid noise image (%d x %d x %d).\n", image.width, image.height, image.channel);
+        pmUtil::deleteImageData(image);
+        return false;
+    }
     createNoiseTexture(tex, image, ratio);
     pmUtil::deleteImageData(image);
     return true;
@@ -141,14 +187,18 @@ bool saveFrameBuffer(FrameBuffer& fb, const std::string& path) {
     const int channel =
         fb.colorTex.empty() ? 0 : getTextureChannel(fb.colorTex[0].opts.format, type);
     const std::size_t count = static_cast<std::size_t>(fb.width) * fb.height * channel;
+    if (fb.width < 1 || fb.height < 1 ||
+        (count == 0 && (type == GL_UNSIGNED_BYTE || type == GL_FLOAT))) {
+        PM_LOGE("Invalid framebuffer (%d x %d x %d).\n", fb.width, fb.height, channel);
+        return false;
+    }
 
     if (type == GL_UNSIGNED_BYTE) {
         ImageData<unsigned char> image(fb.width, fb.height, channel,
                                        pmUtil::safeNewArray<unsigned char>(count), false);
         if (image.data == nullptr) return false;
-        readFrameBuffer(fb, image, 0);
         // GL's rows run bottom-up, the file's top-down.
-        const bool result = pmStb::saveImage(path, image, true);
+        const bool result = readColorTexture(fb, 0, image) && pmStb::saveImage(path, image, true);
         pmUtil::deleteImageData(image);
         return result;
     }
@@ -156,9 +206,10 @@ bool saveFrameBuffer(FrameBuffer& fb, const std::string& path) {
         ImageData<float> image(fb.width, fb.height, channel, pmUtil::safeNewArray<float>(count),
                                false);
         if (image.data == nullptr) return false;
-        readFrameBuffer(fb, image, 0);
         bool result = false;
-        if (pmUtil::stringLower(pmUtil::stringExtension(path)) == ".hdr") {
+        if (!readColorTexture(fb, 0, image)) {
+            result = false;
+        } else if (pmUtil::stringLower(pmUtil::stringExtension(path)) == ".hdr") {
             result = pmStb::saveHdrImage(path, image, true);
         } else {
             std::ofstream stream = openWriteStream(path, true);
@@ -202,13 +253,17 @@ bool writeFrameBufferToStream(std::ofstream& stream, FrameBuffer& fb,
     for (std::size_t index = 0; index < fb.colorTex.size(); ++index) {
         const TextureOpts& opts = fb.colorTex[index].opts;
         const int channel = getTextureChannel(opts.format, opts.type);
-        // Room for a texel of the texture's own type, so that reading a wider
-        // type cannot overrun the image.
-        const std::size_t bytes =
-            static_cast<std::size_t>(fb.width) * fb.height * std::max(getTexelSize(opts), channel);
+        if (fb.width < 1 || fb.height < 1 || channel < 1) {
+            PM_LOGE("Invalid framebuffer (%d x %d x %d).\n", fb.width, fb.height, channel);
+            return false;
+        }
+        const std::size_t bytes = static_cast<std::size_t>(fb.width) * fb.height * channel;
         ImageData<unsigned char> image(fb.width, fb.height, channel,
                                        pmUtil::safeNewArray<unsigned char>(bytes), false);
-        readFrameBuffer(fb, image, static_cast<unsigned>(index));
+        if (image.data == nullptr) return false;
+        // A refused read still writes its record, of zeros, so that the
+        // records keep their places in the stream.
+        if (!readColorTexture(fb, static_cast<unsigned>(index), image)) result = false;
         if (!pmStb::writeImage(stream, image, extension)) result = false;
         pmUtil::deleteImageData(image);
     }
@@ -239,20 +294,35 @@ bool loadCompressedTexture(Texture& tex, const std::string& path, const TextureO
     if (!stream.is_open()) return false;
     unsigned char header[16] = {};
     stream.read(reinterpret_cast<char*>(header), sizeof(header));
-    if (std::memcmp(header, "PKM ", 4) != 0) return false;
+    if (stream.gcount() != sizeof(header) || std::memcmp(header, "PKM ", 4) != 0) return false;
     const int extendedWidth = readBigEndian16(header + 8);
     const int extendedHeight = readBigEndian16(header + 10);
     const int width = readBigEndian16(header + 12);
     const int height = readBigEndian16(header + 14);
+    if (!isBlockAligned(width, extendedWidth) || !isBlockAligned(height, extendedHeight)) {
+        PM_LOGE("Invalid PKM size (%d x %d in %d x %d).\n", width, height, extendedWidth,
+                extendedHeight);
+        return false;
+    }
 
     std::size_t size = static_cast<std::size_t>(extendedWidth) * extendedHeight;
     if (!isEightBitsPerPixel(opts.internalFormat)) size /= 2;
+    // The header is never trusted further than the file's own bytes go.
+    if (size > remainingBytes(stream)) {
+        PM_LOGE("Truncated PKM data (%zu bytes expected).\n", size);
+        return false;
+    }
     MemoryBlock<unsigned char> block = pmUtil::createMemoryBlock<unsigned char>(size);
-    // A short file is not detected: the rest of the block is left as it was.
+    if (block.data == nullptr) return false;
     stream.read(reinterpret_cast<char*>(block.data), static_cast<std::streamsize>(size));
-    createCompressedTexture(tex, width, height, static_cast<int>(size), block.data, opts);
+    const bool complete = static_cast<std::size_t>(stream.gcount()) == size;
+    if (complete) {
+        createCompressedTexture(tex, width, height, static_cast<int>(size), block.data, opts);
+    } else {
+        PM_LOGE("Truncated PKM data (%zu bytes expected).\n", size);
+    }
     pmUtil::deleteMemoryBlock(block);
-    return true;
+    return complete;
 }
 
 bool loadCompressedTexture(Texture& tex, const std::string& path, unsigned internalFormat,

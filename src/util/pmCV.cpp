@@ -8,6 +8,8 @@
 #include <opencv2/objdetect.hpp>
 #include <opencv2/videoio.hpp>
 
+#include <climits>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -30,6 +32,19 @@ constexpr int kPaletteSampleLimit = 5000;
 constexpr int kPaletteImageSide = 50;
 
 using Image = pmUtil::ImageData<unsigned char>;
+
+// Whether the image can be wrapped: pixels, a positive size and 1 to 4
+// channels whose byte count fits an int. OpenCV throws on anything else.
+bool isWrappable(const Image& image) {
+    const bool valid =
+        image.data != nullptr && image.width > 0 && image.height > 0 && image.channel >= 1 &&
+        image.channel <= 4 &&
+        static_cast<std::int64_t>(image.width) * image.height * image.channel <= INT_MAX;
+    if (!valid) {
+        PM_LOGE("Invalid image (%d x %d x %d).\n", image.width, image.height, image.channel);
+    }
+    return valid;
+}
 
 // A Mat over the image's own pixels.
 cv::Mat wrapImage(const Image& image) {
@@ -69,6 +84,7 @@ void clusterColors(const cv::Mat& samples, int count,
 // The same checks and conversion for every fixed-format conversion.
 bool convertFixed(const Image& input, Image& output, int inputChannel, int outputChannel,
                   int code) {
+    if (!isWrappable(input) || !isWrappable(output)) return false;
     if (input.channel != inputChannel || output.channel != outputChannel ||
         input.width != output.width || input.height != output.height) {
         PM_LOGE("Input or output format is not correct.\n");
@@ -83,6 +99,13 @@ bool convertFixed(const Image& input, Image& output, int inputChannel, int outpu
 bool readFrame(cv::VideoCapture& capture, Image& image) {
     cv::Mat frame;
     bool result = capture.read(frame);
+    // A frame of another size or depth than the caller's image is not read
+    // into it: the caller's buffer holds only what it was made for.
+    if (result && (frame.type() != CV_8UC3 || frame.cols != image.width ||
+                   frame.rows != image.height || image.channel != 3 || image.data == nullptr)) {
+        PM_LOGE("The frame does not fit the image.\n");
+        return false;
+    }
     if (result) {
         cv::Mat dst = wrapImage(image);
         cv::cvtColor(frame, dst, cv::COLOR_BGR2RGB);
@@ -132,7 +155,19 @@ pmUtil::ImageData<unsigned char> loadImage(const std::string& path, bool flip, b
         PM_LOGE("Failed to load %s.\n", path.c_str());
         return Image();
     }
+    if (mat.depth() != CV_8U) {
+        // Images are 8 bits a channel here: deeper files are scaled down to
+        // that, so that the pixels match the label.
+        cv::Mat eight;
+        const double scale = mat.depth() == CV_16U || mat.depth() == CV_16S ? 1.0 / 257.0 : 1.0;
+        mat.convertTo(eight, CV_MAKETYPE(CV_8U, mat.channels()), scale);
+        mat = eight;
+    }
     const int channel = mat.channels();
+    if (channel < 1 || channel > 4) {
+        PM_LOGE("Failed to load %s.\n", path.c_str());
+        return Image();
+    }
     const std::size_t size = mat.total() * mat.elemSize();
     auto* pixels = static_cast<unsigned char*>(std::malloc(size));
     if (pixels == nullptr) {
@@ -167,6 +202,7 @@ bool saveImage(const std::string& path, const pmUtil::ImageData<unsigned char>& 
         PM_LOGE("No image data to save.\n");
         return false;
     }
+    if (!isWrappable(image)) return false;
     cv::Mat mat = wrapImage(image);
     cv::Mat bgr;
     if (image.channel == 3) {
@@ -276,6 +312,7 @@ bool writeVideoFrame(VideoWriter& context, const pmUtil::ImageData<unsigned char
         return false;
     }
     PM_ASSERT(context.width == image.getWidth() && context.height == image.getHeight());
+    if (!isWrappable(image)) return false;
     // OpenCV's motion JPEG writer throws on a frame of another size; such a
     // frame is refused after the assertion has been logged.
     if (context.width != image.getWidth() || context.height != image.getHeight()) return false;
@@ -355,7 +392,14 @@ bool createFaceDetection(DetectionData& context, const std::string& path) {
     deleteFaceDetection(context);
     context.classifier = pmUtil::safeNew<cv::CascadeClassifier>();
     if (context.classifier == nullptr) return false;
-    if (!context.classifier->load(path)) {
+    bool loaded = false;
+    try {
+        loaded = context.classifier->load(path);
+    } catch (const cv::Exception& e) {
+        // A truncated or malformed cascade file is refused by an exception.
+        PM_LOGE("%s\n", e.what());
+    }
+    if (!loaded) {
         PM_LOGE("Failed to load face cascade.\n");
         deleteFaceDetection(context);
         return false;
@@ -369,6 +413,7 @@ bool detectFaces(DetectionData& context, const pmUtil::ImageData<unsigned char>&
         PM_LOGE("An input image must be gray.\n");
         return false;
     }
+    if (!isWrappable(image)) return false;
     if (context.classifier == nullptr) {
         PM_LOGE("Failed to load face cascade.\n");
         return false;
@@ -392,7 +437,9 @@ void deleteFaceDetection(DetectionData& context) {
 
 bool resizeImage(const pmUtil::ImageData<unsigned char>& input,
                  pmUtil::ImageData<unsigned char>& output, InterpolationMethod method) {
-    if (input.channel != output.channel) return false;
+    if (input.channel != output.channel || !isWrappable(input) || !isWrappable(output)) {
+        return false;
+    }
     cv::Mat dst = wrapImage(output);
     cv::resize(wrapImage(input), dst, cv::Size(output.width, output.height), 0, 0,
                static_cast<int>(method));
@@ -410,6 +457,7 @@ bool convertColor2Gray(const pmUtil::ImageData<unsigned char>& input,
         PM_LOGE("Unsupported channel size (%d).\n", input.channel);
         return false;
     }
+    if (!isWrappable(input) || !isWrappable(output) || output.channel != 1) return false;
     if (input.width != output.width || input.height != output.height) {
         PM_LOGE("Input or output format is not correct.\n");
         return false;
@@ -463,6 +511,7 @@ bool convertBGRToBGRA(const pmUtil::ImageData<unsigned char>& input,
 
 void generateColorPalette(const pmUtil::ImageData<unsigned char>& image, int count,
                           std::vector<pmUtil::Color<unsigned char>>& palette) {
+    if (!isWrappable(image)) return;
     cv::Mat mat = toThreeChannels(wrapImage(image));
     cv::Mat samples;
     if (mat.rows * mat.cols < kPaletteSampleLimit) {
@@ -490,6 +539,9 @@ void generateColorPalette(const std::vector<pmUtil::ImageData<unsigned char>>& i
     if (images.empty()) {
         PM_LOGE("Please set images first.\n");
         return;
+    }
+    for (const Image& image : images) {
+        if (!isWrappable(image)) return;
     }
     constexpr int pixelsPerImage = kPaletteImageSide * kPaletteImageSide;
     cv::Mat samples(pixelsPerImage * static_cast<int>(images.size()), 1, CV_32FC3);

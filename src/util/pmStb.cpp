@@ -2,6 +2,9 @@
 // into this file alone, with static linkage, so that none of their symbols
 // leaves the library; every function that calls them lives here.
 #include "pmStb.h"
+#include "pmStb.jpegTables.h"
+#include "pmStb.limits.h"
+#include "pmStb.pngChunks.h"
 
 #include <errno.h>
 #include <stdio.h>
@@ -12,9 +15,18 @@
 
 #include <climits>
 #include <cstdint>
+#include <fstream>
+#include <vector>
 
 // The image formats the library reads: PNG, JPEG, BMP, TGA and Radiance HDR.
 #define STB_IMAGE_STATIC
+// Every allocation of the decoders starts zeroed: the JPEG decoder takes its
+// state from malloc without clearing it, and a scan that names a Huffman table
+// no DHT defined would read uninitialised tables and index past their end.
+// Zeroed tables decode such a scan as zeros.
+#define STBI_MALLOC(size) calloc(1, size)
+#define STBI_REALLOC(pointer, size) realloc(pointer, size)
+#define STBI_FREE(pointer) free(pointer)
 #define STBI_ONLY_PNG
 #define STBI_ONLY_JPEG
 #define STBI_ONLY_BMP
@@ -108,7 +120,40 @@ int writeByExtension(const std::string& path, const std::string& extension, cons
 // than a whole image cannot be written.
 template <typename T>
 bool hasPixels(const pmUtil::ImageData<T>& image) {
-    return image.data != nullptr && image.width > 0 && image.height > 0 && image.channel > 0;
+    return image.data != nullptr && isValidImageShape(image.width, image.height, image.channel);
+}
+
+// The whole file, which the checks below and the decoder then read from
+// memory; false when it cannot be read or is beyond what stb counts in an int.
+bool readFileBytes(const std::string& path, std::vector<unsigned char>& bytes) {
+    std::ifstream in(path, std::ios::binary | std::ios::ate);
+    if (!in.is_open()) return false;
+    const std::streamoff size = in.tellg();
+    if (size <= 0 || size > INT_MAX) return false;
+    bytes.resize(static_cast<std::size_t>(size));
+    in.seekg(0);
+    in.read(reinterpret_cast<char*>(bytes.data()), size);
+    return in.gcount() == size;
+}
+
+// Encoded bytes are never trusted: the decoder's own weak spots are checked
+// first, then the pixels the header claims must fit in an int and come from
+// the bytes there are, or nothing is allocated for them. Bytes whose header
+// stb cannot read are left to the decoder to refuse.
+bool isSafeToDecode(const unsigned char* data, std::size_t size) {
+    if (data == nullptr || size == 0 || size > INT_MAX) return false;
+    if (!hasSafeHuffmanTables(data, size) || !hasHonestChunkLengths(data, size)) return false;
+    int width = 0;
+    int height = 0;
+    int channel = 0;
+    if (stbi_info_from_memory(data, static_cast<int>(size), &width, &height, &channel) == 0) {
+        return true;
+    }
+    return isPlausibleEncoding(width, height, channel, size);
+}
+
+bool isSafeToDecode(const std::vector<unsigned char>& bytes) {
+    return isSafeToDecode(bytes.data(), bytes.size());
 }
 
 // Encodes through one of the callback writers into a block the size of the
@@ -132,22 +177,13 @@ Block packThroughCallback(const std::string& extension, const Image& image) {
     return block;
 }
 
-template <typename T>
-void writeValue(std::ofstream& stream, const T& value) {
-    stream.write(reinterpret_cast<const char*>(&value), sizeof(value));
-}
-
-template <typename T>
-T readValue(std::ifstream& stream) {
-    T value{};
-    stream.read(reinterpret_cast<char*>(&value), sizeof(value));
-    return value;
-}
-
 }  // namespace
 
 bool loadImageInfo(const std::string& path, int* width, int* height, int* channel) {
-    if (stbi_info(path.c_str(), width, height, channel) == 0) {
+    std::vector<unsigned char> bytes;
+    if (!readFileBytes(path, bytes) || !hasSafeHuffmanTables(bytes.data(), bytes.size()) ||
+        stbi_info_from_memory(bytes.data(), static_cast<int>(bytes.size()), width, height,
+                              channel) == 0) {
         PM_LOGE("Fail to load %s\n", path.c_str());
         return false;
     }
@@ -158,13 +194,17 @@ Image loadImage(const std::string& path, bool flip) {
     int width = 0;
     int height = 0;
     int channel = 0;
-    stbi_set_flip_vertically_on_load(flip ? 1 : 0);
-    unsigned char* data = stbi_load(path.c_str(), &width, &height, &channel, 0);
+    unsigned char* data = nullptr;
+    std::vector<unsigned char> bytes;
+    if (readFileBytes(path, bytes) && isSafeToDecode(bytes)) {
+        LoadFlipScope flipScope(flip);
+        data = stbi_load_from_memory(bytes.data(), static_cast<int>(bytes.size()), &width, &height,
+                                     &channel, 0);
+    }
     if (data == nullptr) {
         PM_LOGE("Fail to load %s.\n", path.c_str());
         width = height = channel = 0;
     }
-    stbi_set_flip_vertically_on_load(0);
     return Image(width, height, channel, data, true);
 }
 
@@ -173,9 +213,11 @@ pmUtil::ImageData<float> loadHdrImage(const std::string& path, bool flip) {
     int height = 0;
     int channel = 0;
     float* data = nullptr;
-    {
+    std::vector<unsigned char> bytes;
+    if (readFileBytes(path, bytes) && isSafeToDecode(bytes)) {
         LoadFlipScope flipScope(flip);
-        data = stbi_loadf(path.c_str(), &width, &height, &channel, 0);
+        data = stbi_loadf_from_memory(bytes.data(), static_cast<int>(bytes.size()), &width, &height,
+                                      &channel, 0);
     }
     if (data == nullptr) {
         PM_LOGE("Fail to load %s.\n", path.c_str());
@@ -294,7 +336,8 @@ Image createUnpackedImage(const Block& block, bool flip) {
     int height = 0;
     int channel = 0;
     unsigned char* data = nullptr;
-    if (block.data != nullptr && block.index > 0 && block.index <= INT_MAX) {
+    if (block.data != nullptr && block.index > 0 && block.index <= block.length &&
+        isSafeToDecode(block.data, static_cast<std::size_t>(block.index))) {
         LoadFlipScope flipScope(flip);
         data = stbi_load_from_memory(block.data, static_cast<int>(block.index), &width, &height,
                                      &channel, 0);
@@ -304,70 +347,6 @@ Image createUnpackedImage(const Block& block, bool flip) {
         width = height = channel = 0;
     }
     return Image(width, height, channel, data, true);
-}
-
-bool writeImage(std::ofstream& stream, const Image& image, const std::string& extension) {
-    if (!stream.is_open()) return false;
-    if (image.data == nullptr) return false;
-
-    writeValue(stream, static_cast<std::uint64_t>(extension.size()));
-    stream.write(extension.data(), static_cast<std::streamsize>(extension.size()));
-
-    if (extension == ".raw") {
-        writeValue(stream, static_cast<std::int32_t>(image.width));
-        writeValue(stream, static_cast<std::int32_t>(image.height));
-        writeValue(stream, static_cast<std::int32_t>(image.channel));
-        stream.write(reinterpret_cast<const char*>(image.data),
-                     static_cast<std::streamsize>(image.getCount()));
-        return true;
-    }
-
-    // A format that fails to pack still leaves a whole record: length 0.
-    Block block = createPackedImage(extension, image, false);
-    writeValue(stream, static_cast<std::uint64_t>(block.index));
-    if (block.index != 0) {
-        stream.write(reinterpret_cast<const char*>(block.data),
-                     static_cast<std::streamsize>(block.index));
-    }
-    pmUtil::deleteMemoryBlock(block);
-    return true;
-}
-
-Image readImage(std::ifstream& stream) {
-    if (!stream.is_open()) return Image();
-
-    const std::uint64_t extensionLength = readValue<std::uint64_t>(stream);
-    std::string extension;
-    if (extensionLength > 0) {
-        char* text = pmUtil::safeNewArray<char>(static_cast<std::size_t>(extensionLength));
-        if (text == nullptr) return Image();
-        stream.read(text, static_cast<std::streamsize>(extensionLength));
-        extension.assign(text, static_cast<std::size_t>(extensionLength));
-        delete[] text;
-    }
-
-    if (extension == ".raw") {
-        Image image;
-        image.width = readValue<std::int32_t>(stream);
-        image.height = readValue<std::int32_t>(stream);
-        image.channel = readValue<std::int32_t>(stream);
-        image.data = pmUtil::safeNewArray<unsigned char>(image.getCount());
-        if (image.data == nullptr) return Image();
-        image.useFree = false;
-        stream.read(reinterpret_cast<char*>(image.data),
-                    static_cast<std::streamsize>(image.getCount()));
-        return image;
-    }
-
-    const std::uint64_t blockLength = readValue<std::uint64_t>(stream);
-    Block block = pmUtil::createMemoryBlock<unsigned char>(static_cast<std::size_t>(blockLength));
-    if (block.data != nullptr && blockLength > 0) {
-        stream.read(reinterpret_cast<char*>(block.data), static_cast<std::streamsize>(blockLength));
-        block.index += blockLength;
-    }
-    Image image = createUnpackedImage(block, false);
-    pmUtil::deleteMemoryBlock(block);
-    return image;
 }
 
 }  // namespace pmStb

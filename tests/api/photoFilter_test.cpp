@@ -6,6 +6,7 @@
 
 #include "GLTestContext.h"
 #include "LogCapture.h"
+#include "PixmoraWrapper.h"
 #include "pixmora.h"
 #include "pmFilters.h"
 
@@ -307,6 +308,8 @@ TEST_F(PhotoFilterTest, PrintLogWritesTheMessageAtErrorLevel) {
 TEST_F(PhotoFilterTest, UninitialisedObjectLogsAndDoesNothing) {
     // An object whose Initialize never ran behaves as one whose Initialize failed.
     auto* filter = new pmFilters::GrayFilter();
+    // Made here rather than by Create: the exported functions must know it.
+    pmWrapper::registerObject(filter);
     pmFilterObject object{0, filter};
     std::vector<uint8_t> pixels = makeTestPixels(4, 4, 4);
     LogCapture log;

@@ -8,6 +8,7 @@
 
 #include "GLTestContext.h"
 #include "LogCapture.h"
+#include "PixmoraWrapper.h"
 #include "pixmora.h"
 #include "pmFilters.h"
 #include "pmGLContextManager.h"
@@ -245,6 +246,8 @@ TEST_F(PrivateContextTest, NativeCallsOnNullHandlerSayIt) {
 TEST_F(PrivateContextTest, NativeDisplayInfoNeedsNoContext) {
     // An object that was never initialised: the call touches only its record.
     pmFilters::GrayFilter filter;
+    // Made here rather than by Create: the exported functions must know it.
+    pmWrapper::registerObject(&filter);
     pmFilterObject object{0, &filter};
     onThread([&] {
         ASSERT_EQ(eglGetCurrentContext(), EGL_NO_CONTEXT);
@@ -256,6 +259,7 @@ TEST_F(PrivateContextTest, NativeDisplayInfoNeedsNoContext) {
     EXPECT_EQ(filter.eglInfo.display, testDisplay());
     EXPECT_NE(filter.eglInfo.eglCreateImageKHRProc, nullptr);
     EXPECT_TRUE(contexts().empty());
+    pmWrapper::unregisterObject(&filter);
 }
 
 // Input routes, run on the test's own context with the private one off.

@@ -20,6 +20,7 @@
 #include "GLTestContext.h"
 #include "HeldClock.h"
 #include "LogCapture.h"
+#include "SanitizerBuild.h"
 #include "PhotoFilterVideoBlur.h"
 #include "pmUtil.h"
 
@@ -59,6 +60,9 @@ void noteAllocation(void* caller) {
 
 }  // namespace
 
+// Under AddressSanitizer its allocator must see every request: nothing is
+// replaced, and the tests that count allocations are skipped.
+#if !PIXMORA_TEST_ASAN
 extern "C" void* malloc(size_t size) noexcept {
     noteAllocation(__builtin_return_address(0));
     return __libc_malloc(size);
@@ -89,6 +93,7 @@ void* operator new[](size_t size) {
     if (pointer == nullptr) throw std::bad_alloc();
     return pointer;
 }
+#endif
 
 namespace {
 
@@ -758,6 +763,7 @@ TEST_F(VideoBlurFilterTest, ResetForgetsCapturesAndRestartsTheMeasurement) {
 }
 
 TEST_F(VideoBlurFilterTest, SteadyDrawsMakeNoGLObjectAndTakeNoHeapMemory) {
+    if (PIXMORA_TEST_ASAN) GTEST_SKIP() << "allocations are the sanitizer's to count";
     const int w = 64, h = 48;
     const std::vector<uint8_t> a = rampAcross(w, h);
     const std::vector<uint8_t> b = rampDown(w, h);

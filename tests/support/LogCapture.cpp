@@ -1,5 +1,6 @@
 #include "LogCapture.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -8,7 +9,9 @@
 namespace {
 
 std::mutex logMutex;
-std::vector<LogLine>* activeLines = nullptr;
+// One list per live capture, innermost last: every capture records each line,
+// and each frees only its own list.
+std::vector<std::vector<LogLine>*> captures;
 
 bool verbose() {
     static const bool value = std::getenv("PIXMORA_TEST_VERBOSE") != nullptr;
@@ -25,29 +28,31 @@ extern "C" int __dlog_print(int, int prio, const char* tag, const char* fmt, ...
     va_end(args);
     std::lock_guard<std::mutex> lock(logMutex);
     if (verbose()) std::fprintf(stderr, "%c/%s: %s\n", prio == 4 ? 'I' : 'E', tag, buffer);
-    if (activeLines) activeLines->push_back({prio, tag ? tag : "", fmt ? fmt : "", buffer});
+    for (std::vector<LogLine>* lines : captures) {
+        lines->push_back({prio, tag ? tag : "", fmt ? fmt : "", buffer});
+    }
     return 0;
 }
 
-LogCapture::LogCapture() {
+LogCapture::LogCapture() : own(new std::vector<LogLine>()) {
     std::lock_guard<std::mutex> lock(logMutex);
-    activeLines = new std::vector<LogLine>();
+    captures.push_back(own);
 }
 
 LogCapture::~LogCapture() {
     std::lock_guard<std::mutex> lock(logMutex);
-    delete activeLines;
-    activeLines = nullptr;
+    captures.erase(std::remove(captures.begin(), captures.end(), own), captures.end());
+    delete own;
 }
 
 std::vector<LogLine> LogCapture::lines() const {
     std::lock_guard<std::mutex> lock(logMutex);
-    return *activeLines;
+    return *own;
 }
 
 void LogCapture::clear() {
     std::lock_guard<std::mutex> lock(logMutex);
-    activeLines->clear();
+    own->clear();
 }
 
 int LogCapture::count(const std::string& part) const {

@@ -13,7 +13,8 @@ struct LogLine {
     std::string text;
 };
 
-// Records every line logged while it lives; one at a time.
+// Records every line logged while it lives. Captures may nest or overlap:
+// each sees every line logged during its own life.
 class LogCapture {
 public:
     LogCapture();
@@ -29,6 +30,9 @@ public:
     // Number of lines whose text ends with `tail` (the text after the prefix).
     int countEndingWith(const std::string& tail) const;
     std::string dump() const;
+
+private:
+    std::vector<LogLine>* own;
 };
 
 #endif

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -638,6 +640,97 @@ TEST(CVPalette, NoImagesIsRefused) {
     pmCV::generateColorPalette(std::vector<Image>(), 3, palette);
     EXPECT_EQ(log.countEndingWith("> Please set images first.\n"), 1) << log.dump();
     EXPECT_EQ(palette.size(), 1u);
+}
+
+}  // namespace
+
+// ---- Hostile input
+
+namespace {
+
+TEST_F(CVFileTest, VideoReadIntoWrongSizeReturnsFalse) {
+    const std::string file = path("clip.avi");
+    writeVideo(file, 2, 32, 32);
+    pmCV::VideoData video;
+    ASSERT_TRUE(pmCV::createVideoCapture(video, file));
+    OwnedImage wrong(16, 16, 3, 7);
+    LogCapture log;
+    EXPECT_FALSE(pmCV::readVideoCapture(video, wrong.image));
+    EXPECT_EQ(log.countEndingWith("> The frame does not fit the image.\n"), 1) << log.dump();
+    OwnedImage grey(32, 32, 1, 7);
+    EXPECT_FALSE(pmCV::readVideoCapture(video, grey.image));
+    EXPECT_TRUE(std::all_of(grey.pixels.begin(), grey.pixels.end(),
+                            [](unsigned char v) { return v == 7; }));
+    pmCV::deleteVideoCapture(video);
+}
+
+TEST_F(CVFileTest, TruncatedCascadeIsRefusedWithoutAnException) {
+    std::ifstream in(kFaceCascade, std::ios::binary);
+    std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    ASSERT_GT(text.size(), 4000u);
+    {
+        std::ofstream out(path("cut.xml"), std::ios::binary);
+        out << text.substr(0, 3000);
+    }
+    pmCV::DetectionData detection;
+    LogCapture log;
+    bool created = true;
+    EXPECT_NO_THROW(created = pmCV::createFaceDetection(detection, path("cut.xml")));
+    EXPECT_FALSE(created);
+    EXPECT_EQ(detection.classifier, nullptr);
+    EXPECT_EQ(log.countEndingWith("> Failed to load face cascade.\n"), 1) << log.dump();
+}
+
+TEST_F(CVFileTest, SixteenBitPngComesBackAsEightBit) {
+    cv::Mat deep(2, 3, CV_16UC3);
+    for (int y = 0; y < 2; ++y) {
+        for (int x = 0; x < 3; ++x) {
+            deep.at<cv::Vec3w>(y, x) = cv::Vec3w(257 * (10 * x), 257 * (50 + y), 65535);
+        }
+    }
+    ASSERT_TRUE(cv::imwrite(path("deep.png"), deep));
+    Image image = pmCV::loadImage(path("deep.png"), false, false);
+    ASSERT_NE(image.data, nullptr);
+    EXPECT_EQ(image.channel, 3);
+    // RGB order: red was the third of OpenCV's BGR values.
+    for (int y = 0; y < 2; ++y) {
+        for (int x = 0; x < 3; ++x) {
+            const unsigned char* p = image.data + (y * 3 + x) * 3;
+            EXPECT_EQ(p[0], 255);
+            EXPECT_EQ(p[1], 50 + y);
+            EXPECT_EQ(p[2], 10 * x);
+        }
+    }
+    pmUtil::deleteImageData(image);
+}
+
+TEST(CVHostile, ImagesWithoutPixelsOrWithBadSizesAreRefused) {
+    OwnedImage good(4, 4, 3, 9);
+    OwnedImage goodGrey(4, 4, 1, 9);
+    const Image bad[] = {Image(4, 4, 3, nullptr), Image(-4, 4, 3, good.pixels.data()),
+                         Image(4, 0, 3, good.pixels.data()), Image(4, 4, 7, good.pixels.data()),
+                         Image(1, 1, 0, good.pixels.data())};
+    Palette palette;
+    std::vector<pmUtil::Rect<int>> faces;
+    pmCV::DetectionData detection;
+    ASSERT_TRUE(pmCV::createFaceDetection(detection, kFaceCascade));
+    for (const Image& image : bad) {
+        Image out = image;
+        EXPECT_NO_THROW({
+            EXPECT_FALSE(pmCV::saveImage("/tmp/pixmora-never.png", image, false));
+            EXPECT_FALSE(pmCV::resizeImage(image, good.image, pmCV::InterNearest));
+            EXPECT_FALSE(pmCV::resizeImage(good.image, out, pmCV::InterNearest));
+            EXPECT_FALSE(pmCV::convertColor2Gray(image, goodGrey.image));
+            EXPECT_FALSE(pmCV::convertRGB888ToYUV444(image, good.image));
+            EXPECT_FALSE(pmCV::convertRGB888ToYUV444(good.image, out));
+            pmCV::generateColorPalette(image, 2, palette);
+            pmCV::generateColorPalette(std::vector<Image>{good.image, image}, 2, palette);
+            Image grey = image;
+            grey.channel = 1;
+            pmCV::detectFaces(detection, grey, faces);
+        });
+    }
+    pmCV::deleteFaceDetection(detection);
 }
 
 }  // namespace

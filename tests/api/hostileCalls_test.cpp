@@ -1,0 +1,248 @@
+// Bad calls through the exported functions, as a careless or hostile caller
+// makes them: null, stale and mistyped handles, impossible sizes, numbers that
+// are not numbers, kernel sizes at the ends of int. Each gives a log line or
+// nothing, never a black picture nor a touch outside the caller's buffers.
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+#include "GLTestContext.h"
+#include "LogCapture.h"
+#include "PhotoFilterBlur.h"
+#include "PhotoFilterVideoBlur.h"
+#include "pixmora.h"
+
+namespace {
+
+using pmFilters::PhotoFilterBlur;
+using pmFilters::PhotoFilterVideoBlur;
+
+constexpr float NOT_A_NUMBER = std::numeric_limits<float>::quiet_NaN();
+constexpr float INFINITE = std::numeric_limits<float>::infinity();
+constexpr std::uint8_t POISON = 0xA5;
+constexpr std::size_t GUARD = 64;
+
+std::vector<std::uint8_t> constantPicture(int w, int h, std::uint8_t r, std::uint8_t g,
+                                          std::uint8_t b) {
+    std::vector<std::uint8_t> pixels(static_cast<std::size_t>(w) * h * 4);
+    for (std::size_t i = 0; i < pixels.size(); i += 4) {
+        pixels[i] = r;
+        pixels[i + 1] = g;
+        pixels[i + 2] = b;
+        pixels[i + 3] = 255;
+    }
+    return pixels;
+}
+
+// An output buffer with poisoned guard bytes on both sides.
+struct GuardedBuffer {
+    explicit GuardedBuffer(std::size_t size) : bytes(size + 2 * GUARD, POISON), size(size) {}
+    std::uint8_t* data() { return bytes.data() + GUARD; }
+    bool guardsIntact() const {
+        for (std::size_t i = 0; i < GUARD; ++i) {
+            if (bytes[i] != POISON || bytes[GUARD + size + i] != POISON) return false;
+        }
+        return true;
+    }
+    std::vector<std::uint8_t> inside() const {
+        return std::vector<std::uint8_t>(bytes.begin() + GUARD, bytes.begin() + GUARD + size);
+    }
+    std::vector<std::uint8_t> bytes;
+    std::size_t size;
+};
+
+// Every pixel within `tolerance` of the colour: the dithering moves a level.
+bool isEverywhere(const std::vector<std::uint8_t>& rgba, std::uint8_t r, std::uint8_t g,
+                  std::uint8_t b, int tolerance = 2) {
+    for (std::size_t i = 0; i < rgba.size(); i += 4) {
+        if (std::abs(rgba[i] - r) > tolerance || std::abs(rgba[i + 1] - g) > tolerance ||
+            std::abs(rgba[i + 2] - b) > tolerance) {
+            return false;
+        }
+    }
+    return !rgba.empty();
+}
+
+class HostileCallTest : public GLTest {
+protected:
+    void SetUp() override {
+        GLTest::SetUp();
+        pmDisableInternalGLContext();
+    }
+    void TearDown() override {
+        if (object.handler) pmBlurFilterDelete(&object);
+        pmEnableInternalGLContext();
+        GLTest::TearDown();
+    }
+    void create(unsigned type = PM_BLUR_PHOTO, int kernel = 35) {
+        object = {static_cast<int>(type), pmBlurFilterCreateWithKernelSize(type, kernel)};
+        ASSERT_NE(object.handler, nullptr);
+    }
+    PhotoFilterBlur* photo() { return static_cast<PhotoFilterBlur*>(object.handler); }
+    // The constant picture blurred and read back, with the guards checked.
+    std::vector<std::uint8_t> blurConstant(int w, int h) {
+        std::vector<std::uint8_t> input = constantPicture(w, h, 40, 160, 220);
+        pmBlurFilterSetBuffer(object, input.data(), w, h, 4);
+        GuardedBuffer out(static_cast<std::size_t>(w) * h * 4);
+        pmBlurFilterSetOutputBuffer(object, {COLOR_TYPE_RGBA, out.data(), w, h});
+        EXPECT_TRUE(out.guardsIntact());
+        return out.inside();
+    }
+    pmFilterObject object{0, nullptr};
+};
+
+TEST_F(HostileCallTest, IntensityThatIsNotANumberKeepsTheLastOne) {
+    create();
+    pmBlurFilterSetBlurIntensity(object, 10.0f);
+    LogCapture log;
+    pmBlurFilterSetBlurIntensity(object, NOT_A_NUMBER);
+    EXPECT_FLOAT_EQ(photo()->intensity, 10.0f);
+    EXPECT_EQ(log.count("> Intensity value is not valid. Blur intensity range : 1.000000 ~ "
+                        "50.000000"),
+              1)
+        << log.dump();
+    EXPECT_TRUE(isEverywhere(blurConstant(32, 24), 40, 160, 220));
+}
+
+TEST_F(HostileCallTest, InfiniteIntensitiesAreHeldAtTheEnds) {
+    create();
+    pmBlurFilterSetBlurIntensity(object, INFINITE);
+    EXPECT_FLOAT_EQ(photo()->intensity, 50.0f);
+    pmBlurFilterSetBlurIntensity(object, -INFINITE);
+    EXPECT_FLOAT_EQ(photo()->intensity, 1.0f);
+    EXPECT_TRUE(isEverywhere(blurConstant(32, 24), 40, 160, 220));
+}
+
+TEST_F(HostileCallTest, DimmingAndMixColourThatAreNotNumbersChangeNothing) {
+    for (unsigned type : {PM_BLUR_PHOTO, PM_BLUR_VIDEO}) {
+        create(type);
+        pmBlurFilterSetBlurDimming(object, 0.5f);
+        pmBlurFilterSetBlurMixColor(object, 0.1f, 0.2f, 0.3f, 0.4f);
+        LogCapture log;
+        pmBlurFilterSetBlurDimming(object, NOT_A_NUMBER);
+        pmBlurFilterSetBlurMixColor(object, 0.5f, NOT_A_NUMBER, 0.5f, 0.5f);
+        EXPECT_EQ(log.count("> Intensity value is not valid. Dimming intensity range"), 1);
+        EXPECT_EQ(log.countEndingWith("> Mix color is not valid: it stays as it was."), 1)
+            << log.dump();
+        if (type == PM_BLUR_PHOTO) {
+            EXPECT_FLOAT_EQ(photo()->dim, 0.5f);
+            EXPECT_EQ(photo()->blur.dither.ud.vec4s["uMixColor"],
+                      glm::vec4(0.1f, 0.2f, 0.3f, 0.4f));
+        } else {
+            EXPECT_FLOAT_EQ(static_cast<PhotoFilterVideoBlur*>(object.handler)->dim, 0.5f);
+        }
+        pmBlurFilterDelete(&object);
+    }
+}
+
+TEST_F(HostileCallTest, KernelSizesAtTheEndsOfIntAreHeldInRange) {
+    const std::pair<int, int> sizes[] = {{-3, 7}, {INT_MIN, 7}, {INT_MAX, 127}, {INT_MAX - 3, 127},
+                                         {3, 7},  {128, 127}};
+    for (const auto& [wanted, expected] : sizes) {
+        LogCapture log;
+        create(PM_BLUR_PHOTO, wanted);
+        EXPECT_EQ(photo()->kernelSize, expected) << wanted;
+        EXPECT_EQ(log.countEndingWith("> blur kernel size = " + std::to_string(expected)), 1);
+        pmBlurFilterSetBlurIntensity(object, 4.0f);
+        EXPECT_TRUE(isEverywhere(blurConstant(32, 24), 40, 160, 220)) << wanted;
+        pmBlurFilterDelete(&object);
+    }
+}
+
+TEST_F(HostileCallTest, OnePixelPictureBlursToItselfAtTheDefaultIntensity) {
+    create();
+    EXPECT_TRUE(isEverywhere(blurConstant(1, 1), 40, 160, 220));
+    EXPECT_TRUE(isEverywhere(blurConstant(3, 1), 40, 160, 220));
+}
+
+TEST_F(HostileCallTest, BadSizesAndChannelCountsTouchNothingOutsideTheBuffers) {
+    create();
+    std::vector<std::uint8_t> input = constantPicture(8, 8, 1, 2, 3);
+    LogCapture log;
+    for (const auto& [w, h] : {std::pair<int, int>{0, 8},
+                               {-8, 8},
+                               {8, -1},
+                               {INT_MAX, 2},
+                               {65536, 65536},
+                               {INT_MIN, INT_MIN}}) {
+        pmBlurFilterSetBuffer(object, input.data(), w, h, 4);
+        pmBlurFilterSetInputBuffer(object, {COLOR_TYPE_RGB, input.data(), w, h});
+        GuardedBuffer out(64);
+        pmBlurFilterSetOutputBuffer(object, {COLOR_TYPE_RGBA, out.data(), w, h});
+        EXPECT_TRUE(out.guardsIntact()) << w << " x " << h;
+    }
+    for (int channels : {0, 1, 2, 5, -3, 99}) {
+        pmBlurFilterSetBuffer(object, input.data(), 8, 8, channels);
+    }
+    pmBlurFilterSetBuffer(object, nullptr, 8, 8, 4);
+    pmBlurFilterSetOutputBuffer(object, {COLOR_TYPE_RGBA, nullptr, 8, 8});
+    // Still usable afterwards.
+    EXPECT_TRUE(isEverywhere(blurConstant(16, 8), 40, 160, 220));
+}
+
+TEST_F(HostileCallTest, NullStaleAndMistypedHandlesAreRefused) {
+    create(PM_BLUR_PHOTO);
+    const pmFilterObject stale = object;
+    pmFilterObject video{PM_BLUR_VIDEO, pmBlurFilterCreate(PM_BLUR_VIDEO)};
+    ASSERT_NE(video.handler, nullptr);
+    int notAnObject = 7;
+    const pmFilterObject records[] = {{0, nullptr},
+                                      {1, nullptr},
+                                      {9, nullptr},
+                                      {PM_BLUR_VIDEO, object.handler},
+                                      {PM_BLUR_PHOTO, video.handler},
+                                      {PM_BLUR_PHOTO, &notAnObject},
+                                      {-4, object.handler}};
+    std::vector<std::uint8_t> input = constantPicture(4, 4, 9, 9, 9);
+    LogCapture log;
+    for (const pmFilterObject& record : records) {
+        pmBlurFilterSetBlurIntensity(record, 3.0f);
+        pmBlurFilterSetBlurDimming(record, 0.25f);
+        pmBlurFilterSetBlurMixColor(record, 1, 1, 1, 1);
+        pmBlurFilterSetDithering(record, false);
+        pmBlurFilterSetInterpolation(record, false);
+        if (record.handler != object.handler && record.handler != video.handler) {
+            pmBlurFilterSetBuffer(record, input.data(), 4, 4, 4);
+            pmBlurFilterDraw(record, 4, 4);
+            pmBlurFilterSetFlipMode(record, 1);
+            GuardedBuffer out(64);
+            pmBlurFilterSetOutputBuffer(record, {COLOR_TYPE_RGBA, out.data(), 4, 4});
+            EXPECT_TRUE(out.guardsIntact());
+        }
+    }
+    EXPECT_EQ(log.count("> Object type 1 does not match its handler."), 5) << log.dump();
+    EXPECT_EQ(log.count("> Object type 0 does not match its handler."), 3) << log.dump();
+    EXPECT_GE(log.count("> Object Handler is not a live object."), 1);
+    // The mistyped calls left both objects as they were.
+    EXPECT_FLOAT_EQ(photo()->intensity, 40.0f);
+    EXPECT_FLOAT_EQ(photo()->dim, 1.0f);
+
+    // Deleted through one record, the copy is stale: refused, not freed twice.
+    pmBlurFilterDelete(&object);
+    log.clear();
+    pmBlurFilterSetBlurIntensity(stale, 3.0f);
+    pmBlurFilterDraw(stale, 4, 4);
+    pmFilterObject staleCopy = stale;
+    pmBlurFilterDelete(&staleCopy);
+    EXPECT_EQ(staleCopy.handler, nullptr);
+    EXPECT_EQ(log.count("> Object Handler is not a live object."), 3) << log.dump();
+    pmPhotoFilterDraw(stale, 4, 4);
+    pmFilterObject photoStale = stale;
+    pmPhotoFilterDelete(&photoStale);
+    pmBlurFilterDelete(&video);
+}
+
+TEST_F(HostileCallTest, PhotoEffectHandleIsNotABlur) {
+    pmFilterObject grey{PM_BLUR_PHOTO, pmPhotoFilterCreate(0)};
+    ASSERT_NE(grey.handler, nullptr);
+    LogCapture log;
+    pmBlurFilterSetBlurIntensity(grey, 3.0f);
+    grey.type = PM_BLUR_VIDEO;
+    pmBlurFilterSetDithering(grey, false);
+    EXPECT_EQ(log.count("does not match its handler."), 2) << log.dump();
+    pmPhotoFilterDelete(&grey);
+}
+
+}  // namespace
