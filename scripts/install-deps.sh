@@ -5,7 +5,7 @@
 set -euo pipefail
 
 packages=(
-  build-essential cmake pkg-config
+  build-essential cmake pkg-config file
   libegl-dev libgles-dev libegl-mesa0 libgl1-mesa-dri
   libglm-dev libstb-dev libcli11-dev
   libgtest-dev libgmock-dev googletest libbenchmark-dev libtsan2

@@ -93,6 +93,8 @@ PM_API void pmBlurFilterSetBuffer(pmFilterObject object, unsigned char* buffer, 
     const __ColorType type = channels == 3 ? COLOR_TYPE_RGB : COLOR_TYPE_RGBA;
     onObject(object, [&](FilterCommon* filter) {
         filter->SetInputBufferInfo(type, width, height);
+        // The object keeps its old size, which the caller's pixels need not have.
+        if (width < 1 || height < 1) return;
         filter->SetInputBuffer(buffer);
     });
 }
@@ -111,6 +113,7 @@ PM_API void pmBlurFilterSetBufferYUV444(pmFilterObject object, pmBlurBufferYUV44
     }
     onObject(object, [&](FilterCommon* filter) {
         filter->SetInputBufferInfo(COLOR_TYPE_YUV444P, planes.width, planes.height);
+        if (planes.width < 1 || planes.height < 1) return;
         filter->SetInputBufferYUV444(planes.y, planes.u, planes.v);
     });
 }
@@ -122,6 +125,7 @@ PM_API void pmBlurFilterSetInputBuffer(pmFilterObject object, pmBlurBuffer input
     }
     onObject(object, [&](FilterCommon* filter) {
         filter->SetInputBufferInfo(COLOR_TYPE_YUV, input.width, input.height);
+        if (input.width < 1 || input.height < 1) return;
         filter->SetInputBuffer(input.buffer);
     });
 }

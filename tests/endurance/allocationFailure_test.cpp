@@ -92,9 +92,9 @@ TEST_F(AllocationFailureTest, ImageStreamLoaderYieldsAnEmptyImage) {
         ASSERT_TRUE(pmStb::writeImage(out, pmUtil::ImageData<unsigned char>(5, 4, 3, pixels.data()),
                                       ".raw"));
     }
-    // First the extension's text is refused, then, with every second
-    // allocation refused, the pixels after it.
-    for (unsigned period : {1u, 2u}) {
+    // The extension's text is short and bounded, so the pixels are the one
+    // allocation the reader makes through safeNewArray.
+    for (unsigned period : {1u}) {
         LogCapture log;
         std::ifstream in(path, std::ios::binary);
         pmUtil::ImageData<unsigned char> image;

@@ -316,7 +316,9 @@ TEST_F(ToolTest, SmoothBlurKeepsARampRisingAndDiffersFromTheDefault) {
         sum += smooth.data[at];
         if (smooth.data[at] != plain.data[at]) ++differing;
         // The dither may move a level either way.
-        if (x > 0) EXPECT_GE(smooth.data[at] + 1, smooth.data[at - ch]) << "x " << x;
+        if (x > 0) {
+            EXPECT_GE(smooth.data[at] + 1, smooth.data[at - ch]) << "x " << x;
+        }
     }
     EXPECT_NEAR(static_cast<double>(sum) / w, 127.5, 3.0);
     EXPECT_GT(differing, 0);
