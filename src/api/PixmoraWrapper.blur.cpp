@@ -92,10 +92,7 @@ PM_API void pmBlurFilterSetBuffer(pmFilterObject object, unsigned char* buffer, 
                                   int height, int channels) {
     const __ColorType type = channels == 3 ? COLOR_TYPE_RGB : COLOR_TYPE_RGBA;
     onObject(object, [&](FilterCommon* filter) {
-        filter->SetInputBufferInfo(type, width, height);
-        // The object keeps its old size, which the caller's pixels need not have.
-        if (width < 1 || height < 1) return;
-        filter->SetInputBuffer(buffer);
+        if (filter->SetInputBufferInfo(type, width, height)) filter->SetInputBuffer(buffer);
     });
 }
 
@@ -112,9 +109,9 @@ PM_API void pmBlurFilterSetBufferYUV444(pmFilterObject object, pmBlurBufferYUV44
         return;
     }
     onObject(object, [&](FilterCommon* filter) {
-        filter->SetInputBufferInfo(COLOR_TYPE_YUV444P, planes.width, planes.height);
-        if (planes.width < 1 || planes.height < 1) return;
-        filter->SetInputBufferYUV444(planes.y, planes.u, planes.v);
+        if (filter->SetInputBufferInfo(COLOR_TYPE_YUV444P, planes.width, planes.height)) {
+            filter->SetInputBufferYUV444(planes.y, planes.u, planes.v);
+        }
     });
 }
 
@@ -124,9 +121,9 @@ PM_API void pmBlurFilterSetInputBuffer(pmFilterObject object, pmBlurBuffer input
         return;
     }
     onObject(object, [&](FilterCommon* filter) {
-        filter->SetInputBufferInfo(COLOR_TYPE_YUV, input.width, input.height);
-        if (input.width < 1 || input.height < 1) return;
-        filter->SetInputBuffer(input.buffer);
+        if (filter->SetInputBufferInfo(COLOR_TYPE_YUV, input.width, input.height)) {
+            filter->SetInputBuffer(input.buffer);
+        }
     });
 }
 

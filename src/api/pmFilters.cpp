@@ -88,18 +88,20 @@ void FilterCommon::SetInputBuffer(unsigned char* buf) {
 
 void FilterCommon::SetInputBufferYUV444(unsigned char*, unsigned char*, unsigned char*) {}
 
-void FilterCommon::SetInputBufferInfo(__ColorType type, int width, int height) {
+bool FilterCommon::SetInputBufferInfo(__ColorType type, int width, int height) {
     if (!isInit) {
+        // Not a refused size: the input call that follows says the same.
         PM_LOGE("It is not initialized.");
-        return;
+        return true;
     }
     PM_LOGE("SetInputBufferInfo width[%d], height[%d]", width, height);
     if (width > 0 && height > 0) {
         inputInfo.SetBufferColorType(type);
         inputInfo.SetBufferSize(glm::ivec2(glm::vec2(width, height)));
-    } else {
-        PM_LOGE("Buffer's input size is wrong !");
+        return true;
     }
+    PM_LOGE("Buffer's input size is wrong !");
+    return false;
 }
 
 void FilterCommon::SetOutputBufferInfo(__ColorType type, int width, int height) {

@@ -40,7 +40,9 @@ public:
     virtual void Draw(int width, int height);
     virtual void SetInputBuffer(unsigned char* buf);
     virtual void SetInputBufferYUV444(unsigned char* y, unsigned char* u, unsigned char* v);
-    virtual void SetInputBufferInfo(__ColorType type, int width, int height);
+    // False when the size is refused: the object keeps its old size, which
+    // pixels handed over with the refused one need not have.
+    virtual bool SetInputBufferInfo(__ColorType type, int width, int height);
     virtual void SetOutputBufferInfo(__ColorType type, int width, int height);
     virtual void SetOutputBuffer(unsigned char* buf);
     virtual void SetArea(const glm::vec2& pos0, const glm::vec2& pos1, const glm::vec2& tex0,
