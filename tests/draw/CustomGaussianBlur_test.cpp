@@ -1,9 +1,11 @@
 // The scaled blur: kernel snapping, lazy working buffers that follow the
 // scaled size, the dithered and undithered paths, and the mean colour kept.
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <vector>
 
+#include "CpuGaussianBlur.h"
 #include "GLTestContext.h"
 #include "GaussianBlur.h"
 #include "LogCapture.h"
@@ -28,6 +30,77 @@ std::vector<uint8_t> uniformPixels(int w, int h, uint8_t r, uint8_t g, uint8_t b
         pixels[i + 3] = 255;
     }
     return pixels;
+}
+
+// 64 x 32 with structure along both axes and no symmetry that would hide a
+// flip or a swapped axis: red steps from 0 to 255 at x = 40, green is a
+// checker of 8 x 8 blocks, blue ramps up the rows of memory.
+std::vector<uint8_t> structuredPixels(int w, int h) {
+    std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 4);
+    for (int y = 0; y < h; ++y) {
+        for (int x = 0; x < w; ++x) {
+            uint8_t* p = &pixels[(static_cast<size_t>(y) * w + x) * 4];
+            p[0] = x >= 40 ? 255 : 0;
+            p[1] = ((x / 8 + y / 8) % 2) != 0 ? 230 : 20;
+            p[2] = static_cast<uint8_t>(y * 255 / (h - 1));
+            p[3] = 255;
+        }
+    }
+    return pixels;
+}
+
+// The down stage and the horizontal pass on the CPU: the input read at the
+// centres of the scaled buffer, the rows reversed when flipped (the first
+// blur pass reads them so), then the horizontal Gaussian of the independently
+// searched kernel, stored in 8 bits.
+cpublur::Picture cpuDownAndAcross(const std::vector<uint8_t>& pixels, int w, int h,
+                                  const cpublur::FoldedKernel& taps, bool flipped) {
+    const cpublur::Picture input{w, h, std::vector<float>(pixels.begin(), pixels.end())};
+    cpublur::Picture scaled = cpublur::resample(input, (w + 1) / 2, (h + 1) / 2);
+    if (flipped) scaled = cpublur::flipRows(scaled);
+    return cpublur::blurDirection(scaled, taps, true);
+}
+
+// The vertical pass drawn straight into a target of another size: each target
+// pixel reads the scaled buffer at its own centre, the taps a whole texel of
+// that buffer apart, so the stretch happens inside the pass.
+cpublur::Picture cpuVerticalInto(const cpublur::Picture& across, const cpublur::FoldedKernel& taps,
+                                 int targetW, int targetH) {
+    cpublur::Picture out{targetW, targetH,
+                         std::vector<float>(static_cast<size_t>(targetW) * targetH * 4)};
+    const float sx = static_cast<float>(across.width) / targetW;
+    const float sy = static_cast<float>(across.height) / targetH;
+    for (int y = 0; y < targetH; ++y) {
+        for (int x = 0; x < targetW; ++x) {
+            const float u = (x + 0.5f) * sx, v = (y + 0.5f) * sy;
+            float* p = &out.rgba[(static_cast<size_t>(y) * targetW + x) * 4];
+            for (int c = 0; c < 3; ++c) {
+                float sum = 0.0f;
+                for (size_t i = 0; i < taps.weights.size(); ++i) {
+                    const float o = taps.offsets[i];
+                    sum += taps.weights[i] * (cpublur::bilinear(across, u, v + o, c) +
+                                              cpublur::bilinear(across, u, v - o, c));
+                }
+                p[c] = std::round(sum);
+            }
+            p[3] = 255.0f;
+        }
+    }
+    return out;
+}
+
+// The largest difference over the colour channels; alpha must be 255.
+int worstDifference(const std::vector<uint8_t>& out, const cpublur::Picture& expected) {
+    if (out.size() != expected.rgba.size()) return 256;
+    int worst = 0;
+    for (size_t i = 0; i < out.size(); ++i) {
+        if (i % 4 == 3) {
+            if (out[i] != 255) return 256;
+            continue;
+        }
+        worst = std::max(worst, std::abs(out[i] - static_cast<int>(expected.rgba[i])));
+    }
+    return worst;
 }
 
 TEST(CustomKernelSizeTest, SnapsToTheSizesTheBlurAccepts) {
@@ -211,6 +284,69 @@ TEST_F(CustomBlurTest, QuarterScaleKeepsTheMeanColour) {
         inMean /= w * h;
         outMean /= w * h;
         EXPECT_NEAR(outMean, inMean, 1.0) << "channel " << c;
+    }
+    pmGL::deleteTexture(tex);
+}
+
+// With dither: down, horizontal, vertical at half size, then the dither pass
+// stretches the result over the target. The CPU model repeats the renderer's
+// fixed-point bilinear reads, so what is left are the roundings of the stored
+// stages: the half-size buffer, the horizontal and the vertical pass are each
+// 8-bit, and a float sum within rounding error of a half level may round the
+// other way on the GPU, one level per stage. Later stages only average
+// (weights summing to 1), which never widens a difference: three levels. The
+// dither adds under half a level either way before the final rounding, which
+// can move that rounding by one more level: four in all.
+TEST_F(CustomBlurTest, StructuredPictureMatchesTheCpuPassesWithDither) {
+    const int w = 64, h = 32;
+    std::vector<uint8_t> pixels = structuredPixels(w, h);
+    pmGL::Texture tex = makeTexture(w, h, pixels.data());
+    gl->resizeTarget(w, h);
+    for (int kernel : {11, 35}) {
+        CustomGaussianBlur blur;
+        ASSERT_TRUE(pmDraw::createCustomGaussianBlur(blur, kernel));
+        pmDraw::setScaleFactor(blur, 0.5f);
+        const cpublur::FoldedKernel taps = cpublur::independentKernel(kernel);
+        for (bool flipped : {false, true}) {
+            const cpublur::Picture expected = cpublur::resample(
+                cpublur::blurDirection(cpuDownAndAcross(pixels, w, h, taps, flipped), taps, false),
+                w, h);
+            pmDraw::setTexture(blur, tex, flipped ? 1.0f : 0.0f);
+            gl->clearTarget(0, 0, 0, 0);
+            pmDraw::drawCustomGaussianBlur(blur);
+            EXPECT_LE(worstDifference(gl->readTarget(), expected), 4)
+                << "kernel " << kernel << (flipped ? ", flipped" : "");
+        }
+        pmDraw::deleteCustomGaussianBlur(blur);
+    }
+    pmGL::deleteTexture(tex);
+}
+
+// Without dither the vertical pass itself writes the full-size target, reading
+// the half-size horizontal result between its texels. Stored stages: the
+// half-size buffer, the horizontal pass and the output, one level each by the
+// reasoning above: three.
+TEST_F(CustomBlurTest, StructuredPictureMatchesTheCpuPassesWithoutDither) {
+    const int w = 64, h = 32;
+    std::vector<uint8_t> pixels = structuredPixels(w, h);
+    pmGL::Texture tex = makeTexture(w, h, pixels.data());
+    gl->resizeTarget(w, h);
+    for (int kernel : {11, 35}) {
+        CustomGaussianBlur blur;
+        ASSERT_TRUE(pmDraw::createCustomGaussianBlur(blur, kernel));
+        pmDraw::setScaleFactor(blur, 0.5f);
+        blur.dithering = false;
+        const cpublur::FoldedKernel taps = cpublur::independentKernel(kernel);
+        for (bool flipped : {false, true}) {
+            const cpublur::Picture expected =
+                cpuVerticalInto(cpuDownAndAcross(pixels, w, h, taps, flipped), taps, w, h);
+            pmDraw::setTexture(blur, tex, flipped ? 1.0f : 0.0f);
+            gl->clearTarget(0, 0, 0, 0);
+            pmDraw::drawCustomGaussianBlur(blur);
+            EXPECT_LE(worstDifference(gl->readTarget(), expected), 3)
+                << "kernel " << kernel << (flipped ? ", flipped" : "");
+        }
+        pmDraw::deleteCustomGaussianBlur(blur);
     }
     pmGL::deleteTexture(tex);
 }

@@ -7,6 +7,7 @@
 #include <deque>
 #include <vector>
 
+#include "CpuGaussianBlur.h"
 #include "GLTestContext.h"
 #include "GaussianBlur.h"
 #include "LogCapture.h"
@@ -47,6 +48,53 @@ void expectAll(const std::vector<uint8_t>& out, Rgb c, int alpha, int tolerance,
         ASSERT_NEAR(out[i + 2], c.b, tolerance) << "pixel " << i / 4;
         ASSERT_NEAR(out[i + 3], alpha, alphaTolerance) << "pixel " << i / 4;
     }
+}
+
+// 64 x 32 with structure along both axes and no symmetry that would hide a
+// flip or a swapped axis: red steps from 0 to 255 at x = 40, green is a
+// checker of 8 x 8 blocks, blue ramps up the rows of memory.
+std::vector<uint8_t> structuredPixels(int w, int h) {
+    std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 4);
+    for (int y = 0; y < h; ++y) {
+        for (int x = 0; x < w; ++x) {
+            uint8_t* p = &pixels[(static_cast<size_t>(y) * w + x) * 4];
+            p[0] = x >= 40 ? 255 : 0;
+            p[1] = ((x / 8 + y / 8) % 2) != 0 ? 230 : 20;
+            p[2] = static_cast<uint8_t>(y * 255 / (h - 1));
+            p[3] = 255;
+        }
+    }
+    return pixels;
+}
+
+// The capture and a draw at weight 1 on the CPU: the input read at the centres
+// of the half-size buffer, the rows reversed when flipped (the first blur pass
+// reads them so), the two Gaussian passes of the independently searched
+// kernel with 8-bit storage after each, then the blurred buffer read at the
+// centres of the full-size target.
+cpublur::Picture cpuCaptureAndDraw(const std::vector<uint8_t>& pixels, int w, int h, int kernel,
+                                   bool flipped, int targetW, int targetH) {
+    const cpublur::Picture input{w, h, std::vector<float>(pixels.begin(), pixels.end())};
+    cpublur::Picture scaled = cpublur::resample(input, (w + 1) / 2, (h + 1) / 2);
+    if (flipped) scaled = cpublur::flipRows(scaled);
+    const cpublur::FoldedKernel taps = cpublur::independentKernel(kernel);
+    const cpublur::Picture blurred =
+        cpublur::blurDirection(cpublur::blurDirection(scaled, taps, true), taps, false);
+    return cpublur::resample(blurred, targetW, targetH);
+}
+
+// The largest difference over the colour channels; alpha must be 255.
+int worstDifference(const std::vector<uint8_t>& out, const cpublur::Picture& expected) {
+    if (out.size() != expected.rgba.size()) return 256;
+    int worst = 0;
+    for (size_t i = 0; i < out.size(); ++i) {
+        if (i % 4 == 3) {
+            if (out[i] != 255) return 256;
+            continue;
+        }
+        worst = std::max(worst, std::abs(out[i] - static_cast<int>(expected.rgba[i])));
+    }
+    return worst;
 }
 
 int mixed(int a, int b, float w) {
@@ -372,6 +420,48 @@ TEST_F(VideoBlurTest, FlipIsAppliedOnceInTheBlur) {
     EXPECT_GT(out[2], 240);
     EXPECT_GT(out[(15 * 16) * 4], 240);
     sharp.finalize();
+}
+
+// Dithering off, so each stage is plain arithmetic. The CPU model repeats
+// the renderer's fixed-point bilinear reads, so the differences left are the
+// roundings of the stored stages: the half-size buffer, the horizontal pass
+// and the vertical pass are each 8-bit, and a float sum that lands within
+// rounding error of a half level may round the other way on the GPU, one
+// level per stage. Later stages only average (weights summing to 1), which
+// never widens a difference, so three levels bound it; the final stretch's
+// own rounding the model repeats. A half-texel shift of the blur taps moves
+// the red edge by ten levels and more, a missed flip the blue ramp by over a
+// hundred, and a blur along one axis twice leaves the green checker far off.
+TEST_F(VideoBlurTest, StructuredPictureMatchesTheCpuPasses) {
+    const int w = 64, h = 32;
+    std::vector<uint8_t> pixels = structuredPixels(w, h);
+    pmGL::Texture tex = makeTexture(w, h, pixels);
+    pmUtil::ImageData<unsigned char> image(w, h, 4, pixels.data());
+    gl->resizeTarget(w, h);
+    for (int kernel : {11, 35}) {
+        VideoGaussianBlur pass;
+        ASSERT_TRUE(pass.initialize(kernel));
+        pass.setScaleFactor(0.5f);
+        pass.dithering = false;
+        for (bool flipped : {false, true}) {
+            const cpublur::Picture expected =
+                cpuCaptureAndDraw(pixels, w, h, kernel, flipped, w, h);
+            pass.setVideoCapture(tex, flipped ? 1.0f : 0.0f);
+            gl->clearTarget(0, 0, 0, 0);
+            pass.draw(1.0f);
+            EXPECT_LE(worstDifference(gl->readTarget(), expected), 3)
+                << "texture, kernel " << kernel << (flipped ? ", flipped" : "");
+            // The uploaded form halves through its mipmap rather than by one
+            // bilinear read between four texels: the same 2 x 2 means.
+            pass.setVideoCapture(image, flipped ? 1.0f : 0.0f);
+            gl->clearTarget(0, 0, 0, 0);
+            pass.draw(1.0f);
+            EXPECT_LE(worstDifference(gl->readTarget(), expected), 3)
+                << "image, kernel " << kernel << (flipped ? ", flipped" : "");
+        }
+        pass.finalize();
+    }
+    pmGL::deleteTexture(tex);
 }
 
 TEST_F(VideoBlurTest, ColourScalesThePicture) {

@@ -101,6 +101,31 @@ Picture blurDirection(const Picture& in, const FoldedKernel& kernel, bool horizo
     return out;
 }
 
+Picture resample(const Picture& in, int width, int height) {
+    Picture out{width, height, std::vector<float>(static_cast<size_t>(width) * height * 4)};
+    const float sx = static_cast<float>(in.width) / width;
+    const float sy = static_cast<float>(in.height) / height;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            for (int c = 0; c < 4; ++c) {
+                out.rgba[(static_cast<size_t>(y) * width + x) * 4 + c] =
+                    bilinear(in, (x + 0.5f) * sx, (y + 0.5f) * sy, c);
+            }
+        }
+    }
+    return out;
+}
+
+Picture flipRows(const Picture& in) {
+    Picture out = in;
+    const size_t stride = static_cast<size_t>(in.width) * 4;
+    for (int y = 0; y < in.height; ++y) {
+        std::copy_n(&in.rgba[static_cast<size_t>(in.height - 1 - y) * stride], stride,
+                    &out.rgba[static_cast<size_t>(y) * stride]);
+    }
+    return out;
+}
+
 Picture blurBoth(const std::vector<uint8_t>& rgba, int width, int height, int kernelSize) {
     const Picture input{width, height, std::vector<float>(rgba.begin(), rgba.end())};
     const FoldedKernel kernel = independentKernel(kernelSize);

@@ -36,6 +36,14 @@ float bilinear(const Picture& p, float u, float v, int c);
 // buffers are, alpha forced to 1.
 Picture blurDirection(const Picture& in, const FoldedKernel& kernel, bool horizontal);
 
+// The picture read at each pixel centre of a picture of another size, as a
+// pass drawing one quad over its whole target reads a linearly filtered input:
+// halving averages 2 x 2 blocks, doubling blends neighbours by 1/4 and 3/4.
+Picture resample(const Picture& in, int width, int height);
+
+// The rows in reverse order: what a pass with the vertical flip reads.
+Picture flipRows(const Picture& in);
+
 // Both passes, horizontal first, of RGBA bytes given bottom row first.
 Picture blurBoth(const std::vector<uint8_t>& rgba, int width, int height, int kernelSize);
 
