@@ -340,6 +340,20 @@ TEST(VideoBlurObjectTest, RatesGiveTheDrawsPerFrameRounded) {
     clock.advance(1000);
     filter.updateInterpolationCount();
     EXPECT_EQ(filter.interpolationCount, 1);
+    // A measurement that comes late starts the next period at its own time,
+    // not one interval after the last, so the period after it is a whole
+    // second again.
+    clock.advance(1500);
+    filter.updateInterpolationCount();
+    EXPECT_EQ(filter.lastUpdateTime, 5004500u);
+    filter.renderCount = 30;
+    filter.inputCount = 10;
+    clock.advance(999);
+    filter.updateInterpolationCount();
+    EXPECT_EQ(filter.renderCount, 30u) << "within the period nothing is measured";
+    clock.advance(1);
+    filter.updateInterpolationCount();
+    EXPECT_EQ(filter.interpolationCount, 3);
 }
 
 TEST(VideoBlurObjectTest, PausedStreamCountsAsOneFrameAndCapsAtSixty) {
