@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <string>
 #include <vector>
 
 #include "GLTestContext.h"
@@ -269,8 +268,8 @@ FloatPicture floatPicture(int w, int h, unsigned seed, float scale) {
     return p;
 }
 
-// The filter at radius 1 over a float picture into a float target cleared to
-// a sentinel, which it reads back.
+// The filter at the given radius over a float picture into a float target
+// cleared to a sentinel, which it reads back.
 std::vector<float> paintFloat(const FloatPicture& in, int radius) {
     pmGL::Texture tex = uploadFloat(in);
     FloatTarget target(in.width, in.height);
@@ -299,7 +298,7 @@ bool isMeanOf(const float* pixel, const Region& region, float tolerance) {
 
 // Float values reach past 0..1, so a square's variance can exceed the
 // shader's starting 100.0: at radius 1 over whole numbers from 0 to 255 every
-// square of four differing texels has a variance in the thousands, and no
+// square of four differing texels has a variance far above 100, and no
 // square is chosen. The output is then never written, which GL leaves
 // undefined. On this renderer the pixel shows the first square's mean (its
 // compiler turns the first conditional store into a plain one), which is the
