@@ -37,7 +37,7 @@ public:
                  const glm::vec2& tex1) override;
     // No planar input and no read-back for video.
     void SetInputBufferYUV444(unsigned char* y, unsigned char* u, unsigned char* v) override;
-    void SetOutputBufferInfo(__ColorType type, int width, int height) override;
+    bool SetOutputBufferInfo(__ColorType type, int width, int height) override;
     void SetOutputBuffer(unsigned char* buf) override;
 
     // Blur degree 1 to 50, effective at the next capture.

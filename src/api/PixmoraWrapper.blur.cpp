@@ -137,9 +137,9 @@ PM_API void pmBlurFilterSetOutputBuffer(pmFilterObject object, pmBlurBuffer outp
                              : output.colorType == COLOR_TYPE_YUV ? COLOR_TYPE_YUV
                                                                   : COLOR_TYPE_RGBA;
     onObject(object, [&](FilterCommon* filter) {
-        filter->SetOutputBufferInfo(type, output.width, output.height);
+        const bool stored = filter->SetOutputBufferInfo(type, output.width, output.height);
         PM_LOGE("pmBlurFilterSetOutputBuffer_SetColorType[%d] - end", output.colorType);
-        filter->SetOutputBuffer(output.buffer);
+        if (stored) filter->SetOutputBuffer(output.buffer);
     });
 }
 

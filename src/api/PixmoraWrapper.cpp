@@ -98,8 +98,12 @@ PM_API void pmPhotoFilterSetBuffer(pmFilterObject object, unsigned char* buffer,
     if (filter == nullptr) return;
     const __ColorType type = channels == 3 ? COLOR_TYPE_RGB : COLOR_TYPE_RGBA;
     inContext([&] {
-        filter->SetInputBufferInfo(type, width, height);
-        filter->SetInputBuffer(buffer);
+        // A size of no pixels keeps the old one and the new pixels go up at
+        // it; an oversized one is refused with nothing uploaded.
+        if (filter->SetInputBufferInfo(type, width, height) ||
+            !pmFilters::isOversizedPicture(width, height)) {
+            filter->SetInputBuffer(buffer);
+        }
     });
 }
 

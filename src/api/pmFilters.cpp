@@ -2,6 +2,7 @@
 #include "pmFilters.h"
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 
 namespace pmFilters {
@@ -88,6 +89,10 @@ void FilterCommon::SetInputBuffer(unsigned char* buf) {
 
 void FilterCommon::SetInputBufferYUV444(unsigned char*, unsigned char*, unsigned char*) {}
 
+bool isOversizedPicture(int width, int height) {
+    return width > 0 && height > 0 && static_cast<long long>(width) * height > INT_MAX / 4;
+}
+
 bool FilterCommon::SetInputBufferInfo(__ColorType type, int width, int height) {
     if (!isInit) {
         // Not a refused size: the input call that follows says the same.
@@ -95,7 +100,7 @@ bool FilterCommon::SetInputBufferInfo(__ColorType type, int width, int height) {
         return true;
     }
     PM_LOGE("SetInputBufferInfo width[%d], height[%d]", width, height);
-    if (width > 0 && height > 0) {
+    if (width > 0 && height > 0 && !isOversizedPicture(width, height)) {
         inputInfo.SetBufferColorType(type);
         inputInfo.SetBufferSize(glm::ivec2(glm::vec2(width, height)));
         return true;
@@ -104,16 +109,25 @@ bool FilterCommon::SetInputBufferInfo(__ColorType type, int width, int height) {
     return false;
 }
 
-void FilterCommon::SetOutputBufferInfo(__ColorType type, int width, int height) {
+bool FilterCommon::SetOutputBufferInfo(__ColorType type, int width, int height) {
     if (!isInit) {
         PM_LOGE("It is not initialized.");
-        return;
+        return true;
     }
     PM_LOGE("SetOutputBufferInfo width[%d], height[%d]", width, height);
-    // A wrong output size is reported and stored all the same.
-    if (width <= 0 || height <= 0) PM_LOGE("Buffer's output size is wrong !");
+    if (width <= 0 || height <= 0) {
+        // Reported and stored all the same: nothing can be drawn or read
+        // into a picture of no pixels.
+        PM_LOGE("Buffer's output size is wrong !");
+    } else if (isOversizedPicture(width, height)) {
+        // Refused: the stored size would be read back into a caller's buffer
+        // that cannot be as large as it claims.
+        PM_LOGE("Buffer's output size is wrong !");
+        return false;
+    }
     outputInfo.SetBufferColorType(type);
     outputInfo.SetBufferSize(glm::ivec2(glm::vec2(width, height)));
+    return true;
 }
 
 void FilterCommon::SetOutputBuffer(unsigned char*) {}

@@ -43,7 +43,9 @@ public:
     // False when the size is refused: the object keeps its old size, which
     // pixels handed over with the refused one need not have.
     virtual bool SetInputBufferInfo(__ColorType type, int width, int height);
-    virtual void SetOutputBufferInfo(__ColorType type, int width, int height);
+    // False when a size of more pixels than a caller can hold is refused;
+    // sizes of no pixels are reported and stored all the same.
+    virtual bool SetOutputBufferInfo(__ColorType type, int width, int height);
     virtual void SetOutputBuffer(unsigned char* buf);
     virtual void SetArea(const glm::vec2& pos0, const glm::vec2& pos1, const glm::vec2& tex0,
                          const glm::vec2& tex1);
@@ -97,6 +99,9 @@ float clampBlurIntensity(float value, float current);
 float clampBlurDimming(float value, float current);
 // False, with a log line, when a component is not a number.
 bool isValidMixColor(const glm::vec4& rgba);
+// A positive size whose RGBA bytes would overflow int: no caller can hold
+// such a picture, and the size would not even pass through float exactly.
+bool isOversizedPicture(int width, int height);
 
 // Snaps a blur kernel size to the nearest size of the form 4n + 7.
 // Kernel sizes are 4n + 7 from 7 to 127; requests from 3 to 128 round to the

@@ -102,7 +102,9 @@ void PhotoFilterVideoBlur::SetArea(const glm::vec2& pos0, const glm::vec2& pos1,
 
 void PhotoFilterVideoBlur::SetInputBufferYUV444(unsigned char*, unsigned char*, unsigned char*) {}
 
-void PhotoFilterVideoBlur::SetOutputBufferInfo(__ColorType, int, int) {}
+bool PhotoFilterVideoBlur::SetOutputBufferInfo(__ColorType, int, int) {
+    return true;
+}
 
 void PhotoFilterVideoBlur::SetOutputBuffer(unsigned char*) {}
 

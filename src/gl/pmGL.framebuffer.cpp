@@ -56,9 +56,15 @@ void createFrameBuffer(FrameBuffer& fb, int width, int height, std::vector<void*
     const std::size_t count = colorData.size();
 
     deleteFrameBuffer(fb);
+    glGenFramebuffers(1, &fb.id);
+    if (fb.id == 0) {
+        // No context is current: the record stays empty, so that the next
+        // call on the owner's thread makes the buffer instead of trusting it.
+        PM_LOGE("No framebuffer was made: no GL context is current.");
+        return;
+    }
     fb.width = width;
     fb.height = height;
-    glGenFramebuffers(1, &fb.id);
     const bool ret = bindFrameBuffer(fb);
     PM_ASSERT(ret);
 

@@ -52,11 +52,15 @@ void createTexture(Texture& tex, int width, int height, void* pixels, const Text
         return;
     }
     deleteTexture(tex);
+    glGenTextures(1, &tex.id);
+    if (tex.id == 0) {
+        PM_LOGE("No texture was made: no GL context is current.");
+        return;
+    }
     tex.width = width;
     tex.height = height;
     tex.opts = opts;
     TextureOpts& own = tex.opts;
-    glGenTextures(1, &tex.id);
     glBindTexture(own.target, tex.id);
     setUnpackAlignment(width, getTexelSize(own));
     glTexImage2D(own.target, 0, own.internalFormat, width, height, 0, own.format, own.type, pixels);

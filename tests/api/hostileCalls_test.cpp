@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <thread>
 #include <vector>
 
 #include "GLTestContext.h"
@@ -13,6 +14,7 @@
 #include "PhotoFilterBlur.h"
 #include "PhotoFilterVideoBlur.h"
 #include "pixmora.h"
+#include "pmGLContextManager.h"
 
 namespace {
 
@@ -172,7 +174,11 @@ TEST_F(HostileCallTest, BadSizesAndChannelCountsTouchNothingOutsideTheBuffers) {
         GuardedBuffer out(64);
         pmBlurFilterSetOutputBuffer(object, {COLOR_TYPE_RGBA, out.data(), w, h});
         EXPECT_TRUE(out.guardsIntact()) << w << " x " << h;
+        for (std::uint8_t byte : out.inside()) ASSERT_EQ(byte, POISON) << w << " x " << h;
     }
+    // Both sizes whose byte count overflows int, in and out.
+    EXPECT_EQ(log.countEndingWith("> Buffer's input size is wrong !"), 12) << log.dump();
+    EXPECT_EQ(log.countEndingWith("> Buffer's output size is wrong !"), 6) << log.dump();
     for (int channels : {0, 1, 2, 5, -3, 99}) {
         pmBlurFilterSetBuffer(object, input.data(), 8, 8, channels);
     }
@@ -243,6 +249,121 @@ TEST_F(HostileCallTest, PhotoEffectHandleIsNotABlur) {
     pmBlurFilterSetDithering(grey, false);
     EXPECT_EQ(log.count("does not match its handler."), 2) << log.dump();
     pmPhotoFilterDelete(&grey);
+}
+
+// The photo entry points given sizes that cannot be, sizes whose byte count
+// overflows int, and channel counts other than three and four.
+class PhotoHostileCallTest : public HostileCallTest {
+protected:
+    void SetUp() override {
+        HostileCallTest::SetUp();
+        grey = {PM_BLUR_PHOTO, pmPhotoFilterCreate(0)};
+        ASSERT_NE(grey.handler, nullptr);
+    }
+    void TearDown() override {
+        pmPhotoFilterDelete(&grey);
+        HostileCallTest::TearDown();
+    }
+    // Draws into a cleared 8 x 8 target and checks every pixel against the
+    // CPU grey of the constant colour.
+    void expectGreyOf(int r, int g, int b) {
+        const long expected = std::lround(r * 0.2125f + g * 0.7154f + b * 0.0721f);
+        gl->resizeTarget(8, 8);
+        gl->clearTarget(0, 0, 0, 0);
+        pmPhotoFilterDraw(grey, 8, 8);
+        const std::vector<std::uint8_t> out = gl->readTarget();
+        for (std::size_t i = 0; i < out.size(); i += 4) {
+            ASSERT_NEAR(out[i], expected, 1) << i;
+            ASSERT_EQ(out[i + 3], 255);
+        }
+    }
+    pmFilterObject grey{0, nullptr};
+};
+
+TEST_F(PhotoHostileCallTest, SizesThatCannotBeAreRefusedAndThePictureKept) {
+    std::vector<std::uint8_t> picture = constantPicture(8, 8, 200, 100, 50);
+    pmPhotoFilterSetBuffer(grey, picture.data(), 8, 8, 4);
+    std::vector<std::uint8_t> other = constantPicture(8, 8, 0, 0, 0);
+    LogCapture log;
+    const std::pair<int, int> sizes[] = {
+        {0, 8}, {-8, 8}, {8, -1}, {INT_MIN, 8}, {INT_MIN, INT_MIN}};
+    for (const auto& [w, h] : sizes) {
+        pmPhotoFilterSetBuffer(grey, other.data(), w, h, 4);
+        pmPhotoFilterDraw(grey, w, h);
+    }
+    EXPECT_EQ(log.countEndingWith("> Buffer's input size is wrong !"), 5) << log.dump();
+    for (int channels : {0, 1, 2, 5, -3, 99}) {
+        pmPhotoFilterSetBuffer(grey, picture.data(), 8, 8, channels);
+    }
+    pmPhotoFilterSetFlipMode(grey, 12345);
+    expectGreyOf(200, 100, 50);
+}
+
+// A size whose RGBA bytes overflow int is refused with the size words; one
+// GL cannot hold is refused by GL before it reads a byte of the caller's
+// buffer. Either way a later picture draws again.
+TEST_F(PhotoHostileCallTest, SizesBeyondIntOrGLAreRefusedWithoutReadingTheBuffer) {
+    std::vector<std::uint8_t> picture = constantPicture(8, 8, 10, 220, 30);
+    LogCapture log;
+    for (const auto& [w, h] : {std::pair<int, int>{INT_MAX, 2}, {46341, 46341}, {2, INT_MAX}}) {
+        pmPhotoFilterSetBuffer(grey, picture.data(), w, h, 3);
+        pmPhotoFilterDraw(grey, 8, 8);
+    }
+    EXPECT_EQ(log.countEndingWith("> Buffer's input size is wrong !"), 3) << log.dump();
+    log.clear();
+    pmPhotoFilterSetBuffer(grey, picture.data(), 65536, 1, 3);
+    EXPECT_EQ(log.count("> GL error flag set: GL_INVALID_VALUE"), 1) << log.dump();
+    pmPhotoFilterSetBuffer(grey, picture.data(), 8, 8, 4);
+    expectGreyOf(10, 220, 30);
+}
+
+// A thread that never created an object has no private context: every call
+// from it logs that and binds nothing, and nothing outside the caller's
+// buffer is touched. The object still works on its own thread afterwards.
+TEST(HostileThreadTest, CallsFromAThreadThatMadeNoObjectBindNothing) {
+    pmGL::GLContextManager::ReleaseInstance();
+    pmSetEGLDisplay(testDisplay());
+    const int w = 8, h = 4;
+    std::vector<std::uint8_t> picture = constantPicture(w, h, 30, 60, 90);
+    std::vector<std::uint8_t> result(static_cast<std::size_t>(w) * h * 4, 0);
+    // The owner lives until the stranger is done: a thread's id may be given
+    // to the next thread once it has ended, and would find its context.
+    std::thread owner([&] {
+        pmFilterObject blur{PM_BLUR_PHOTO, pmBlurFilterCreate(PM_BLUR_PHOTO)};
+        pmFilterObject video{PM_BLUR_VIDEO, pmBlurFilterCreate(PM_BLUR_VIDEO)};
+        pmFilterObject grey{PM_BLUR_PHOTO, pmPhotoFilterCreate(0)};
+        ASSERT_NE(blur.handler, nullptr);
+        ASSERT_NE(video.handler, nullptr);
+        ASSERT_NE(grey.handler, nullptr);
+        std::thread stranger([&] {
+            ASSERT_EQ(eglGetCurrentContext(), EGL_NO_CONTEXT);
+            LogCapture log;
+            GuardedBuffer out(static_cast<std::size_t>(w) * h * 4);
+            pmBlurFilterSetBuffer(blur, picture.data(), w, h, 4);
+            pmBlurFilterSetOutputBuffer(blur, {COLOR_TYPE_RGBA, out.data(), w, h});
+            pmBlurFilterDraw(blur, w, h);
+            pmBlurFilterSetBuffer(video, picture.data(), w, h, 4);
+            pmBlurFilterDraw(video, w, h);
+            pmPhotoFilterSetBuffer(grey, picture.data(), w, h, 4);
+            pmPhotoFilterDraw(grey, w, h);
+            EXPECT_TRUE(out.guardsIntact());
+            // Nothing current: the read-back had nowhere to read from.
+            for (std::uint8_t byte : out.inside()) ASSERT_EQ(byte, POISON);
+            // Bind and Unbind of each of the seven calls.
+            EXPECT_EQ(log.countEndingWith("> failed to find a valid context.\n"), 14) << log.dump();
+            EXPECT_EQ(eglGetCurrentContext(), EGL_NO_CONTEXT);
+        });
+        stranger.join();
+        pmBlurFilterSetBuffer(blur, picture.data(), w, h, 4);
+        pmBlurFilterSetBlurIntensity(blur, 2.0f);
+        pmBlurFilterSetOutputBuffer(blur, {COLOR_TYPE_RGBA, result.data(), w, h});
+        pmBlurFilterDelete(&blur);
+        pmBlurFilterDelete(&video);
+        pmPhotoFilterDelete(&grey);
+    });
+    owner.join();
+    EXPECT_TRUE(isEverywhere(result, 30, 60, 90, 1));
+    pmGL::GLContextManager::ReleaseInstance();
 }
 
 }  // namespace
