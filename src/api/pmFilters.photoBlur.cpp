@@ -174,6 +174,12 @@ void PhotoFilterBlur::SetOutputBuffer(unsigned char* buf) {
         pmGL::createFrameBuffer(blurBuffer, empty, planeOptions(), 1, false, false, 1);
         PM_LOGE("Delete Blur FrameBuffer Time : %llu", millisecondsSince(start));
     }
+    // A buffer of no pixels has no texture: nothing to blur into, and the
+    // caller's memory can receive nothing.
+    if (outputSize.x < 1 || outputSize.y < 1) {
+        PM_LOGE("PhotoFilterBlur::SetOutputBuffer() - no output buffer.");
+        return;
+    }
     if (GetOutputColorType() != COLOR_TYPE_YUVA) {
         PM_LOGE("RGB Blur");
         blurInto(blurBuffer, inputBuffer, flip);

@@ -43,7 +43,9 @@ bool isEqualImageFormat(const Texture& tex, const ImageData<T>& image, unsigned 
 }  // namespace
 
 void setUnpackAlignment(int width, int texelSize) {
-    glPixelStorei(GL_UNPACK_ALIGNMENT, (width * texelSize) % 4 == 0 ? 4 : 1);
+    // Wide enough for any stored width: a refused size may still be recorded.
+    const long long rowBytes = static_cast<long long>(width) * texelSize;
+    glPixelStorei(GL_UNPACK_ALIGNMENT, rowBytes % 4 == 0 ? 4 : 1);
 }
 
 void createTexture(Texture& tex, int width, int height, void* pixels, const TextureOpts& opts) {
