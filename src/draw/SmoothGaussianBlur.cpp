@@ -12,8 +12,8 @@ namespace {
 
 // Four reads at +-uReach source texels around the output texel: at a reach
 // of 0.5 they hit four texel centres (a 2x2 box), at 1.0 each read averages
-// a 2x2 block (a 4x4 box). uLod picks the level: the base one, or with a
-// reach of 0 the level of a mipmapped input that already is the box.
+// a 2x2 block (a 4x4 box). Always the base level: an input's 8-bit mipmaps
+// would round every level of the pyramid.
 const char* const reduceSource = R"(#version 300 es
 precision highp float;
 in vec2 vTexCoord;
@@ -21,13 +21,12 @@ out vec4 fragColor;
 uniform sampler2D uTexture;
 uniform vec2 uPixelStep;
 uniform float uReach;
-uniform float uLod;
 void main() {
     vec2 d = uPixelStep * uReach;
-    fragColor = 0.25 * (textureLod(uTexture, vTexCoord + vec2(-d.x, -d.y), uLod) +
-                        textureLod(uTexture, vTexCoord + vec2(d.x, -d.y), uLod) +
-                        textureLod(uTexture, vTexCoord + vec2(-d.x, d.y), uLod) +
-                        textureLod(uTexture, vTexCoord + vec2(d.x, d.y), uLod));
+    fragColor = 0.25 * (textureLod(uTexture, vTexCoord + vec2(-d.x, -d.y), 0.0) +
+                        textureLod(uTexture, vTexCoord + vec2(d.x, -d.y), 0.0) +
+                        textureLod(uTexture, vTexCoord + vec2(-d.x, d.y), 0.0) +
+                        textureLod(uTexture, vTexCoord + vec2(d.x, d.y), 0.0));
 }
 )";
 
@@ -82,15 +81,13 @@ bool fits(const pmGL::FrameBuffer& fb, glm::ivec2 size) {
     return fb.width == size.x && fb.height == size.y && hasColorTexture(fb);
 }
 
-// The halvings of each reduction pass: the first reads the input's texel
-// centres exactly (2x), the next ones reduce by 4, a last odd halving by 2.
+// The halvings of each reduction pass: by 4 while two remain (four bilinear
+// reads, each the mean of a 2x2 block), a last odd halving by 2. Reducing by
+// 4 from the full size writes a sixteenth of it, so the first pass, the
+// dearest, stays cheap.
 int reductionSteps(int levels, int steps[kSmoothMaxLevels]) {
     int count = 0;
     int remaining = levels;
-    if (remaining > 0) {
-        steps[count++] = 1;
-        --remaining;
-    }
     while (remaining > 0) {
         const int halvings = remaining >= 2 ? 2 : 1;
         steps[count++] = halvings;
@@ -182,14 +179,13 @@ void fitWorkingBuffer(const SmoothGaussianBlur& smooth, pmGL::FrameBuffer& resul
     pmGL::createFrameBuffer(result, size.x, size.y, smooth.workingOpts, 1, false, false);
 }
 
-void fitSmoothBuffers(SmoothGaussianBlur& smooth, glm::ivec2 inputSize, const SmoothBlurPlan& plan,
-                      bool mipmappedInput) {
+void fitSmoothBuffers(SmoothGaussianBlur& smooth, glm::ivec2 inputSize,
+                      const SmoothBlurPlan& plan) {
     int steps[kSmoothMaxLevels] = {};
     const int count = reductionSteps(plan.levels, steps);
     int levels = 0;
     for (int i = 0; i < kSmoothMaxLevels; ++i) {
-        if (i >= count || (mipmappedInput && i < count - 1)) {
-            levels += i < count ? steps[i] : 0;
+        if (i >= count) {
             pmGL::deleteFrameBuffer(smooth.pyramid[i]);
             continue;
         }
@@ -223,21 +219,9 @@ const pmGL::FrameBuffer& stretchSmooth(SmoothGaussianBlur& smooth,
 void runSmoothGaussianBlur(SmoothGaussianBlur& smooth, const pmGL::Texture& input, glm::vec2 flip,
                            pmGL::FrameBuffer& result) {
     int steps[kSmoothMaxLevels] = {};
-    int count = reductionSteps(smooth.plan.levels, steps);
+    const int count = reductionSteps(smooth.plan.levels, steps);
     const pmGL::Texture* source = &input;
     glm::vec2 sourceFlip = flip;
-    // A mipmapped input already holds the box pyramid: one small pass reads
-    // its level instead of reducing the full-size picture again.
-    if (count > 0 && input.opts.mipmap) {
-        smooth.reduce.BaseFilter::setTexture(input, flip);
-        pmGL::setUniformData(smooth.reduce.ud, "uReach", 0.0f);
-        pmGL::setUniformData(smooth.reduce.ud, "uLod", static_cast<float>(smooth.plan.levels));
-        drawInto(smooth.pyramid[count - 1], smooth.reduce);
-        source = &smooth.pyramid[count - 1].colorTex[0];
-        sourceFlip = glm::vec2(0.0f, 0.0f);
-        count = 0;
-    }
-    pmGL::setUniformData(smooth.reduce.ud, "uLod", 0.0f);
     for (int i = 0; i < count; ++i) {
         smooth.reduce.BaseFilter::setTexture(*source, sourceFlip);
         pmGL::setUniformData(smooth.reduce.ud, "uReach", steps[i] == 1 ? 0.5f : 1.0f);
