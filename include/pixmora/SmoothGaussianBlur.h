@@ -62,7 +62,9 @@ PM_VISIBLE glm::ivec2 smoothWorkingSize(glm::ivec2 inputSize, int levels);
 // input size and the plan; at an unchanged size a run creates nothing.
 struct PM_VISIBLE SmoothGaussianBlur {
     TextureFilter reduce;
-    TextureFilter blurPass;
+    // One working-Gaussian program for each count of read pairs, made the
+    // first time its count is wanted.
+    TextureFilter blurPasses[kSmoothMaxPairs + 1];
     TextureFilter stretch;
     pmGL::FrameBuffer stretched;
     pmGL::FrameBuffer pyramid[kSmoothMaxLevels];
