@@ -62,7 +62,9 @@ PM_VISIBLE glm::ivec2 smoothWorkingSize(glm::ivec2 inputSize, int levels);
 // input size and the plan; at an unchanged size a run creates nothing.
 struct PM_VISIBLE SmoothGaussianBlur {
     TextureFilter reduce;
-    TextureFilter blurPass;
+    // One working-Gaussian program for each count of read pairs, made the
+    // first time its count is wanted.
+    TextureFilter blurPasses[kSmoothMaxPairs + 1];
     TextureFilter stretch;
     pmGL::FrameBuffer stretched;
     pmGL::FrameBuffer pyramid[kSmoothMaxLevels];
@@ -82,9 +84,8 @@ bool createSmoothGaussianBlur(SmoothGaussianBlur& smooth);
 void deleteSmoothGaussianBlur(SmoothGaussianBlur& smooth);
 // Makes the working buffers for the input size and plan, and a target of the
 // working size in `result` when it does not fit; creates nothing when all fit.
-// A mipmapped input needs only the pyramid's top, read from its level.
-void fitSmoothBuffers(SmoothGaussianBlur& smooth, glm::ivec2 inputSize, const SmoothBlurPlan& plan,
-                      bool mipmappedInput);
+// The pyramid is reduced from the input's base level, mipmapped or not.
+void fitSmoothBuffers(SmoothGaussianBlur& smooth, glm::ivec2 inputSize, const SmoothBlurPlan& plan);
 void fitWorkingBuffer(const SmoothGaussianBlur& smooth, pmGL::FrameBuffer& result);
 // Blurs `input` into `result`, which has the working size. The flip is
 // applied once, in the first pass that reads the input.

@@ -292,6 +292,8 @@ void updateTextureOpts(TextureOpts& opts, const ImageData<float>& image);
 void updateTexture(Texture& tex, const ImageData<unsigned char>& image);
 void updateTexture(Texture& tex, const ImageData<float>& image);
 void updateTexture(Texture& tex, int x, int y, int width, int height, const void* data);
+// Level 0 only: the mipmap levels keep their old contents until generateMipmap.
+void updateTextureBaseLevel(Texture& tex, const ImageData<unsigned char>& image);
 void generateMipmap(Texture& tex);
 bool isEqualFormat(const Texture& tex, const ImageData<unsigned char>& image);
 bool isEqualFormat(const Texture& tex, const ImageData<float>& image);

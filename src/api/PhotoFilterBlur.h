@@ -47,6 +47,8 @@ public:
 private:
     // Sets the blur's scale for the sizes it samples from and draws to.
     void applyScaleFactor(glm::ivec2 sourceSize);
+    // The default quality samples inputBuffer's mipmaps: build them if stale.
+    void prepareInput();
     void blurInto(pmGL::FrameBuffer& target, pmGL::FrameBuffer& source, glm::vec2 flipValue);
 };
 

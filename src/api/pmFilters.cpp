@@ -78,6 +78,12 @@ void FilterCommon::SetInputBuffer(unsigned char* buf) {
     const bool sameShape = pmGL::isExist(inputBuffer) && inputBuffer.width == width &&
                            inputBuffer.height == height && !inputBuffer.colorTex.empty() &&
                            pmGL::isEqualFormat(inputBuffer.colorTex[0], image);
+    if (sameShape && inputMipmapsDeferred) {
+        pmGL::updateTextureBaseLevel(inputBuffer.colorTex[0], image);
+        inputMipmapsStale = true;
+        return;
+    }
+    inputMipmapsStale = false;
     if (sameShape) {
         pmGL::updateFrameBuffer(inputBuffer, image, 0);
         return;
@@ -85,6 +91,17 @@ void FilterCommon::SetInputBuffer(unsigned char* buf) {
     pmGL::TextureOpts opts;
     opts.mipmap = true;
     pmGL::createFrameBuffer(inputBuffer, image, opts, 1, false, false, 1);
+}
+
+void FilterCommon::InputChanged() {
+    inputMipmapsStale = true;
+    if (!inputMipmapsDeferred) EnsureInputMipmaps();
+}
+
+void FilterCommon::EnsureInputMipmaps() {
+    if (!inputMipmapsStale) return;
+    pmGL::generateMipmap(inputBuffer);
+    inputMipmapsStale = false;
 }
 
 void FilterCommon::SetInputBufferYUV444(unsigned char*, unsigned char*, unsigned char*) {}

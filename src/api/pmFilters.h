@@ -69,6 +69,10 @@ public:
     // empty texture that the passes report when they try to draw it.
     pmGL::Texture& InputTexture();
     void SetInputBufferSize(glm::vec2 bufferSize);
+    // While deferred, a new picture goes into inputBuffer's base level only
+    // and its mipmaps are built by EnsureInputMipmaps, when a pass wants them.
+    void DeferInputMipmaps(bool deferred) { inputMipmapsDeferred = deferred; }
+    void EnsureInputMipmaps();
 
     pmGL::EGLInfo eglInfo;
     pmDraw::NoFilter nativeCompositing;
@@ -79,6 +83,12 @@ public:
     BufferInfo outputInfo;
     glm::vec2 flip = glm::vec2(0.0f, 1.0f);
     bool isInit = false;
+    bool inputMipmapsDeferred = false;
+    bool inputMipmapsStale = false;
+
+protected:
+    // Builds inputBuffer's mipmaps now, or marks them stale while deferred.
+    void InputChanged();
 };
 
 class GrayFilter : public FilterCommon {

@@ -13,15 +13,13 @@ pmGL::TextureOpts inputCopyOptions() {
     return opts;
 }
 
-// Copies `source` into inputBuffer with `pass` and rebuilds the mipmaps the
-// effects sample.
+// Copies `source` into inputBuffer's base level with `pass`.
 void copyIntoInput(pmGL::FrameBuffer& inputBuffer, pmDraw::NoFilter& pass,
                    const pmGL::Texture& source) {
     const bool bound = pmGL::bindFrameBuffer(inputBuffer);
     pmDraw::setTexture(pass, source, glm::vec2(0.0f, 0.0f));
     pmDraw::runNoFilter(pass);
     if (bound) pmGL::unbindFrameBuffer(inputBuffer);
-    pmGL::generateMipmap(inputBuffer);
 }
 
 }  // namespace
@@ -41,6 +39,8 @@ void FilterCommon::SetInputBufferWithTexture(unsigned id, int width, int height,
                 pmGL::getTextureChannel(format, type));
     }
     copyIntoInput(inputBuffer, compositing, texture);
+    // The mipmaps the effects sample.
+    InputChanged();
 }
 
 void FilterCommon::SetNativeBuffer(_tbm_surface* surface) {
@@ -59,6 +59,7 @@ void FilterCommon::SetNativeBuffer(_tbm_surface* surface) {
         PM_LOGI("create input buffer: %d x %d x %d", imported.width, imported.height, 4);
     }
     copyIntoInput(inputBuffer, nativeCompositing, imported);
+    InputChanged();
 }
 
 void FilterCommon::SetDisplayInfo(void* display) {

@@ -98,6 +98,8 @@ void PhotoFilterBlur::SetQuality(int value) {
     if (!pmDraw::setQuality(blur, value)) {
         PM_LOGE("Smooth quality is not available; the quality stays.");
     }
+    // The smooth quality reduces the base level itself in half floats.
+    DeferInputMipmaps(blur.quality == pmDraw::BLUR_QUALITY_SMOOTH);
 }
 
 void PhotoFilterBlur::applyScaleFactor(glm::ivec2 sourceSize) {
@@ -166,6 +168,7 @@ void PhotoFilterBlur::SetOutputBuffer(unsigned char* buf) {
         return;
     }
     const glm::ivec2 outputSize = GetOutputSize();
+    prepareInput();
     unsigned long long start = pmUtil::now();
     if (blurBuffer.width != outputSize.x || blurBuffer.height != outputSize.y) {
         PM_LOGE("Delete blurBuffer");
@@ -220,9 +223,14 @@ void PhotoFilterBlur::Draw(int, int) {
         pmDraw::runNoFilter(compositing);
         return;
     }
+    prepareInput();
     applyScaleFactor(glm::ivec2(inputBuffer.width, inputBuffer.height));
     pmDraw::setTexture(blur, inputBuffer, flip);
     pmDraw::drawCustomGaussianBlur(blur);
+}
+
+void PhotoFilterBlur::prepareInput() {
+    if (blur.quality == pmDraw::BLUR_QUALITY_DEFAULT) EnsureInputMipmaps();
 }
 
 }  // namespace pmFilters

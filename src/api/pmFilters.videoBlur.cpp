@@ -113,6 +113,8 @@ void PhotoFilterVideoBlur::updateVideoCapture() {
     const float s =
         convertToInternalScaleFactor(intensity, kernelSize, inputSize, referenceVideoSize);
     blur.setScaleFactor(s);
+    // The default quality samples inputBuffer's mipmaps.
+    if (blur.quality == pmDraw::BLUR_QUALITY_DEFAULT) EnsureInputMipmaps();
     blur.setVideoCapture(inputBuffer, flip);
 }
 
@@ -240,6 +242,8 @@ void PhotoFilterVideoBlur::SetQuality(int value) {
         PM_LOGE("Smooth quality is not available; the quality stays.");
         return;
     }
+    // The smooth quality reduces the base level itself in half floats.
+    DeferInputMipmaps(value == pmDraw::BLUR_QUALITY_SMOOTH);
     // The captures of the old quality are gone: capture the frame at hand
     // again at the next Draw, without waiting for a cross-fade.
     if (value != before && pmGL::isExist(inputBuffer)) {

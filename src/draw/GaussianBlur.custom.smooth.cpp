@@ -78,8 +78,7 @@ void drawSmoothStill(CustomGaussianBlur& context, pmGL::Texture& input) {
         return;
     }
     const float sigma = defaultQualitySigma(context.scaleFactor, context.smooth.kernelSigma);
-    fitSmoothBuffers(context.smooth, inputSize, planSmoothBlur(sigma, inputSize),
-                     input.opts.mipmap);
+    fitSmoothBuffers(context.smooth, inputSize, planSmoothBlur(sigma, inputSize));
     fitWorkingBuffer(context.smooth, context.smoothResult);
     runSmoothGaussianBlur(context.smooth, input, context.flip, context.smoothResult);
     context.smoothOutput.renderOpts = context.dither.renderOpts;

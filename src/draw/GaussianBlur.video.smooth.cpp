@@ -99,7 +99,7 @@ void VideoGaussianBlur::captureSmooth(const pmGL::Texture& tex, glm::vec2 flip) 
         return;
     }
     const float sigma = defaultQualitySigma(scaleFactor, smooth.kernelSigma);
-    fitSmoothBuffers(smooth, inputSize, planSmoothBlur(sigma, inputSize), tex.opts.mipmap);
+    fitSmoothBuffers(smooth, inputSize, planSmoothBlur(sigma, inputSize));
     const glm::ivec2 working = smoothWorkingSize(inputSize, smooth.plan.levels);
     if (!fitsSize(smoothCaptures[0], working)) {
         for (pmGL::FrameBuffer& capture : smoothCaptures) fitWorkingBuffer(smooth, capture);

@@ -12,8 +12,8 @@ namespace {
 
 // Four reads at +-uReach source texels around the output texel: at a reach
 // of 0.5 they hit four texel centres (a 2x2 box), at 1.0 each read averages
-// a 2x2 block (a 4x4 box). uLod picks the level: the base one, or with a
-// reach of 0 the level of a mipmapped input that already is the box.
+// a 2x2 block (a 4x4 box). Always the base level: an input's 8-bit mipmaps
+// would round every level of the pyramid.
 const char* const reduceSource = R"(#version 300 es
 precision highp float;
 in vec2 vTexCoord;
@@ -21,35 +21,37 @@ out vec4 fragColor;
 uniform sampler2D uTexture;
 uniform vec2 uPixelStep;
 uniform float uReach;
-uniform float uLod;
 void main() {
     vec2 d = uPixelStep * uReach;
-    fragColor = 0.25 * (textureLod(uTexture, vTexCoord + vec2(-d.x, -d.y), uLod) +
-                        textureLod(uTexture, vTexCoord + vec2(d.x, -d.y), uLod) +
-                        textureLod(uTexture, vTexCoord + vec2(-d.x, d.y), uLod) +
-                        textureLod(uTexture, vTexCoord + vec2(d.x, d.y), uLod));
+    fragColor = 0.25 * (textureLod(uTexture, vTexCoord + vec2(-d.x, -d.y), 0.0) +
+                        textureLod(uTexture, vTexCoord + vec2(d.x, -d.y), 0.0) +
+                        textureLod(uTexture, vTexCoord + vec2(-d.x, d.y), 0.0) +
+                        textureLod(uTexture, vTexCoord + vec2(d.x, d.y), 0.0));
 }
 )";
 
 // One direction of the working Gaussian: a centre read and symmetric
-// bilinear pairs, the kernel in uniforms since it follows the sigma. Alpha is
-// 1, as in the default quality's blur.
-const char* const blurSource = R"(#version 300 es
+// bilinear pairs, the weights and offsets in uniforms since they follow the
+// sigma. The number of pairs is fixed in each program, so that the loop
+// unrolls: a loop bound by a uniform costs a software renderer several times
+// the reads themselves. Alpha is 1, as in the default quality's blur.
+const char* const blurHead = R"(#version 300 es
 precision highp float;
+)";
+
+const char* const blurBody = R"(
 in vec2 vTexCoord;
 out vec4 fragColor;
 uniform sampler2D uTexture;
 uniform vec2 uDirection;
 uniform float uCentreWeight;
-uniform int uPairCount;
 uniform vec4 uWeights0;
 uniform vec4 uWeights1;
 uniform vec4 uOffsets0;
 uniform vec4 uOffsets1;
 void main() {
     vec4 sum = uCentreWeight * textureLod(uTexture, vTexCoord, 0.0);
-    for (int i = 0; i < 8; ++i) {
-        if (i >= uPairCount) break;
+    for (int i = 0; i < PAIRS; ++i) {
         float w = i < 4 ? uWeights0[i] : uWeights1[i - 4];
         vec2 d = (i < 4 ? uOffsets0[i] : uOffsets1[i - 4]) * uDirection;
         sum += w * (textureLod(uTexture, vTexCoord + d, 0.0) +
@@ -82,15 +84,13 @@ bool fits(const pmGL::FrameBuffer& fb, glm::ivec2 size) {
     return fb.width == size.x && fb.height == size.y && hasColorTexture(fb);
 }
 
-// The halvings of each reduction pass: the first reads the input's texel
-// centres exactly (2x), the next ones reduce by 4, a last odd halving by 2.
+// The halvings of each reduction pass: by 4 while two remain (four bilinear
+// reads, each the mean of a 2x2 block), a last odd halving by 2. Reducing by
+// 4 from the full size writes a sixteenth of it, so the first pass, the
+// dearest, stays cheap.
 int reductionSteps(int levels, int steps[kSmoothMaxLevels]) {
     int count = 0;
     int remaining = levels;
-    if (remaining > 0) {
-        steps[count++] = 1;
-        --remaining;
-    }
     while (remaining > 0) {
         const int halvings = remaining >= 2 ? 2 : 1;
         steps[count++] = halvings;
@@ -121,7 +121,6 @@ void setKernel(TextureFilter& pass, const SmoothBlurPlan& plan) {
     std::memcpy(weights, plan.weights, sizeof(weights));
     std::memcpy(offsets, plan.offsets, sizeof(offsets));
     pmGL::setUniformData(pass.ud, "uCentreWeight", plan.centreWeight);
-    pmGL::setUniformData(pass.ud, "uPairCount", plan.pairCount);
     pmGL::setUniformData(pass.ud, "uWeights0",
                          glm::vec4(weights[0], weights[1], weights[2], weights[3]));
     pmGL::setUniformData(pass.ud, "uWeights1",
@@ -130,6 +129,23 @@ void setKernel(TextureFilter& pass, const SmoothBlurPlan& plan) {
                          glm::vec4(offsets[0], offsets[1], offsets[2], offsets[3]));
     pmGL::setUniformData(pass.ud, "uOffsets1",
                          glm::vec4(offsets[4], offsets[5], offsets[6], offsets[7]));
+}
+
+// The blur program of `pairs` read pairs, built the first time that count is
+// wanted; a sigma seen before makes no GL object.
+TextureFilter* blurPassFor(SmoothGaussianBlur& smooth, int pairs) {
+    if (pairs < 0 || pairs > kSmoothMaxPairs) return nullptr;
+    TextureFilter& pass = smooth.blurPasses[pairs];
+    if (pass.program.id != 0) return &pass;
+    const std::string source =
+        std::string(blurHead) + "#define PAIRS " + std::to_string(pairs) + "\n" + blurBody;
+    if (!pass.initialize(source)) {
+        PM_LOGE("The smooth blur pass of %d pairs failed.", pairs);
+        pass.TextureFilter::finalize();
+        return nullptr;
+    }
+    pmGL::disableBlend(pass.renderOpts.blend);
+    return &pass;
 }
 
 }  // namespace
@@ -152,13 +168,11 @@ bool canRenderHalfFloat() {
 bool createSmoothGaussianBlur(SmoothGaussianBlur& smooth) {
     PM_LOGE("createSmoothGaussianBlur()");
     const std::string stretchSource = std::string(stretchHead) + bsplineSampling + stretchMain;
-    if (!smooth.reduce.initialize(reduceSource) || !smooth.blurPass.initialize(blurSource) ||
-        !smooth.stretch.initialize(stretchSource)) {
+    if (!smooth.reduce.initialize(reduceSource) || !smooth.stretch.initialize(stretchSource)) {
         PM_LOGE("createSmoothGaussianBlur() failed.");
         return false;
     }
     pmGL::disableBlend(smooth.reduce.renderOpts.blend);
-    pmGL::disableBlend(smooth.blurPass.renderOpts.blend);
     pmGL::disableBlend(smooth.stretch.renderOpts.blend);
     const bool halfFloat = canRenderHalfFloat();
     smooth.workingOpts = workingOptions(halfFloat);
@@ -168,7 +182,7 @@ bool createSmoothGaussianBlur(SmoothGaussianBlur& smooth) {
 
 void deleteSmoothGaussianBlur(SmoothGaussianBlur& smooth) {
     smooth.reduce.TextureFilter::finalize();
-    smooth.blurPass.TextureFilter::finalize();
+    for (TextureFilter& pass : smooth.blurPasses) pass.TextureFilter::finalize();
     smooth.stretch.TextureFilter::finalize();
     pmGL::deleteFrameBuffer(smooth.stretched);
     for (pmGL::FrameBuffer& level : smooth.pyramid) pmGL::deleteFrameBuffer(level);
@@ -182,14 +196,13 @@ void fitWorkingBuffer(const SmoothGaussianBlur& smooth, pmGL::FrameBuffer& resul
     pmGL::createFrameBuffer(result, size.x, size.y, smooth.workingOpts, 1, false, false);
 }
 
-void fitSmoothBuffers(SmoothGaussianBlur& smooth, glm::ivec2 inputSize, const SmoothBlurPlan& plan,
-                      bool mipmappedInput) {
+void fitSmoothBuffers(SmoothGaussianBlur& smooth, glm::ivec2 inputSize,
+                      const SmoothBlurPlan& plan) {
     int steps[kSmoothMaxLevels] = {};
     const int count = reductionSteps(plan.levels, steps);
     int levels = 0;
     for (int i = 0; i < kSmoothMaxLevels; ++i) {
-        if (i >= count || (mipmappedInput && i < count - 1)) {
-            levels += i < count ? steps[i] : 0;
+        if (i >= count) {
             pmGL::deleteFrameBuffer(smooth.pyramid[i]);
             continue;
         }
@@ -223,21 +236,9 @@ const pmGL::FrameBuffer& stretchSmooth(SmoothGaussianBlur& smooth,
 void runSmoothGaussianBlur(SmoothGaussianBlur& smooth, const pmGL::Texture& input, glm::vec2 flip,
                            pmGL::FrameBuffer& result) {
     int steps[kSmoothMaxLevels] = {};
-    int count = reductionSteps(smooth.plan.levels, steps);
+    const int count = reductionSteps(smooth.plan.levels, steps);
     const pmGL::Texture* source = &input;
     glm::vec2 sourceFlip = flip;
-    // A mipmapped input already holds the box pyramid: one small pass reads
-    // its level instead of reducing the full-size picture again.
-    if (count > 0 && input.opts.mipmap) {
-        smooth.reduce.BaseFilter::setTexture(input, flip);
-        pmGL::setUniformData(smooth.reduce.ud, "uReach", 0.0f);
-        pmGL::setUniformData(smooth.reduce.ud, "uLod", static_cast<float>(smooth.plan.levels));
-        drawInto(smooth.pyramid[count - 1], smooth.reduce);
-        source = &smooth.pyramid[count - 1].colorTex[0];
-        sourceFlip = glm::vec2(0.0f, 0.0f);
-        count = 0;
-    }
-    pmGL::setUniformData(smooth.reduce.ud, "uLod", 0.0f);
     for (int i = 0; i < count; ++i) {
         smooth.reduce.BaseFilter::setTexture(*source, sourceFlip);
         pmGL::setUniformData(smooth.reduce.ud, "uReach", steps[i] == 1 ? 0.5f : 1.0f);
@@ -245,15 +246,17 @@ void runSmoothGaussianBlur(SmoothGaussianBlur& smooth, const pmGL::Texture& inpu
         source = &smooth.pyramid[i].colorTex[0];
         sourceFlip = glm::vec2(0.0f, 0.0f);
     }
-    setKernel(smooth.blurPass, smooth.plan);
-    smooth.blurPass.BaseFilter::setTexture(*source, sourceFlip);
-    pmGL::setUniformData(smooth.blurPass.ud, "uDirection",
+    TextureFilter* blurPass = blurPassFor(smooth, smooth.plan.pairCount);
+    if (blurPass == nullptr) return;
+    setKernel(*blurPass, smooth.plan);
+    blurPass->BaseFilter::setTexture(*source, sourceFlip);
+    pmGL::setUniformData(blurPass->ud, "uDirection",
                          glm::vec2(1.0f / static_cast<float>(source->width), 0.0f));
-    drawInto(smooth.across, smooth.blurPass);
-    smooth.blurPass.BaseFilter::setTexture(smooth.across, glm::vec2(0.0f, 0.0f));
-    pmGL::setUniformData(smooth.blurPass.ud, "uDirection",
+    drawInto(smooth.across, *blurPass);
+    blurPass->BaseFilter::setTexture(smooth.across, glm::vec2(0.0f, 0.0f));
+    pmGL::setUniformData(blurPass->ud, "uDirection",
                          glm::vec2(0.0f, 1.0f / static_cast<float>(smooth.across.height)));
-    drawInto(result, smooth.blurPass);
+    drawInto(result, *blurPass);
 }
 
 }  // namespace pmDraw

@@ -248,17 +248,31 @@ void updateTexture(Texture& tex, const ImageData<float>& image) {
     updateTexture(tex, 0, 0, image.getWidth(), image.getHeight(), image.data);
 }
 
+namespace {
+
 // The unpack alignment follows the texture's width, not the width uploaded.
-void updateTexture(Texture& tex, int x, int y, int width, int height, const void* data) {
+void uploadBaseLevel(Texture& tex, int x, int y, int width, int height, const void* data,
+                     bool withMipmaps) {
     PM_ASSERT(isExist(tex));
     PM_ASSERT(data != nullptr);
     PM_ASSERT(tex.opts.target == GL_TEXTURE_2D);
     glBindTexture(tex.opts.target, tex.id);
     setUnpackAlignment(tex.width, getTexelSize(tex.opts));
     glTexSubImage2D(tex.opts.target, 0, x, y, width, height, tex.opts.format, tex.opts.type, data);
-    if (isMipmapFilter(tex.opts.minFilter)) glGenerateMipmap(tex.opts.target);
+    if (withMipmaps && isMipmapFilter(tex.opts.minFilter)) glGenerateMipmap(tex.opts.target);
     glBindTexture(tex.opts.target, 0);
     checkError();
+}
+
+}  // namespace
+
+void updateTexture(Texture& tex, int x, int y, int width, int height, const void* data) {
+    uploadBaseLevel(tex, x, y, width, height, data, true);
+}
+
+void updateTextureBaseLevel(Texture& tex, const ImageData<unsigned char>& image) {
+    PM_ASSERT(tex.width >= image.getWidth() && tex.height >= image.getHeight());
+    uploadBaseLevel(tex, 0, 0, image.getWidth(), image.getHeight(), image.data, false);
 }
 
 void generateMipmap(Texture& tex) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "AllocationCounter.h"
 #include "GLTestContext.h"
 #include "LogCapture.h"
 #include "PhotoFilterBlur.h"
@@ -81,15 +82,91 @@ TEST_F(BlurQualityTest, DefaultAfterSmoothIsTheDefaultToTheByte) {
     EXPECT_NE(smooth, before);
 }
 
-TEST_F(BlurQualityTest, SteadyStillFramesMakeNoGLObjects) {
+// In smooth quality a new picture of the same size goes into the input's base
+// level only; a switch back to the default must still sample the mipmaps of
+// that picture, not of the one before it.
+TEST_F(BlurQualityTest, DefaultAfterSmoothSamplesTheMipmapsOfTheLatestPicture) {
+    const int w = 120, h = 80;
+    const std::vector<uint8_t> first = stripes(w, h);
+    std::vector<uint8_t> second = first;
+    for (size_t i = 0; i < second.size(); i += 4) second[i] = 255 - second[i];
+    create(PM_BLUR_PHOTO);
+    pmBlurFilterSetBlurIntensity(object, 5.0f);
+    const std::vector<uint8_t> expected = readBack(second, w, h);
+    gl->resizeTarget(w, h);
+    pmBlurFilterDraw(object, w, h);
+    const std::vector<uint8_t> expectedDrawn = gl->readTarget();
+    pmBlurFilterDelete(&object);
+
+    for (bool drawn : {false, true}) {
+        create(PM_BLUR_PHOTO);
+        pmBlurFilterSetBlurIntensity(object, 5.0f);
+        pmBlurFilterSetQuality(object, PM_BLUR_QUALITY_SMOOTH);
+        readBack(first, w, h);
+        pmBlurFilterSetBuffer(object, const_cast<uint8_t*>(second.data()), w, h, 4);
+        pmBlurFilterSetQuality(object, PM_BLUR_QUALITY_DEFAULT);
+        if (drawn) {
+            gl->clearTarget(0.0f, 0.0f, 0.0f, 0.0f);
+            pmBlurFilterDraw(object, w, h);
+            EXPECT_EQ(gl->readTarget(), expectedDrawn);
+        } else {
+            std::vector<uint8_t> out(expected.size());
+            pmBlurFilterSetOutputBuffer(object, {COLOR_TYPE_RGBA, out.data(), w, h});
+            EXPECT_EQ(out, expected);
+        }
+        pmBlurFilterDelete(&object);
+    }
+}
+
+// The same for the video blur: a frame handed over in smooth quality and
+// captured after the switch to default.
+TEST_F(BlurQualityTest, VideoDefaultAfterSmoothSamplesTheMipmapsOfTheLatestFrame) {
+    const int w = 192, h = 108;
+    const std::vector<uint8_t> first = stripes(w, h);
+    std::vector<uint8_t> second = first;
+    for (size_t i = 0; i < second.size(); i += 4) second[i + 1] = 255 - second[i + 1];
+    gl->resizeTarget(w, h);
+    auto drawOf = [&](bool viaSmooth) {
+        create(PM_BLUR_VIDEO);
+        pmBlurFilterSetInterpolation(object, false);
+        pmBlurFilterSetDithering(object, false);
+        if (viaSmooth) {
+            pmBlurFilterSetQuality(object, PM_BLUR_QUALITY_SMOOTH);
+            pmBlurFilterSetBuffer(object, const_cast<uint8_t*>(first.data()), w, h, 4);
+            pmBlurFilterDraw(object, w, h);
+        }
+        pmBlurFilterSetBuffer(object, const_cast<uint8_t*>(second.data()), w, h, 4);
+        pmBlurFilterSetQuality(object, PM_BLUR_QUALITY_DEFAULT);
+        gl->clearTarget(0.0f, 0.0f, 0.0f, 0.0f);
+        pmBlurFilterDraw(object, w, h);
+        std::vector<uint8_t> out = gl->readTarget();
+        pmBlurFilterDelete(&object);
+        return out;
+    };
+    EXPECT_EQ(drawOf(true), drawOf(false));
+}
+
+TEST_F(BlurQualityTest, SteadyStillFramesMakeNoGLObjectAndTakeNoHeapMemory) {
     const int w = 160, h = 90;
     const std::vector<uint8_t> pixels = stripes(w, h);
-    create(PM_BLUR_PHOTO);
-    pmBlurFilterSetQuality(object, PM_BLUR_QUALITY_SMOOTH);
-    for (float intensity : {1.0f, 10.0f, 40.0f}) {
-        pmBlurFilterSetBlurIntensity(object, intensity);
-        readBack(pixels, w, h);
-        EXPECT_TRUE(makesNoGLObject([&] { readBack(pixels, w, h); })) << intensity;
+    std::vector<uint8_t> out(static_cast<size_t>(w) * h * 4);
+    auto frame = [&] {
+        pmBlurFilterSetBuffer(object, const_cast<uint8_t*>(pixels.data()), w, h, 4);
+        pmBlurFilterSetOutputBuffer(object, {COLOR_TYPE_RGBA, out.data(), w, h});
+        pmBlurFilterDraw(object, w, h);
+    };
+    for (int quality : {PM_BLUR_QUALITY_DEFAULT, PM_BLUR_QUALITY_SMOOTH}) {
+        create(PM_BLUR_PHOTO);
+        pmBlurFilterSetQuality(object, quality);
+        for (float intensity : {1.0f, 10.0f, 40.0f}) {
+            pmBlurFilterSetBlurIntensity(object, intensity);
+            frame();
+            EXPECT_TRUE(makesNoGLObject(frame)) << quality << " at " << intensity;
+            if (!PIXMORA_TEST_ASAN) {
+                EXPECT_EQ(allocationsDuring(frame), 0u) << quality << " at " << intensity;
+            }
+        }
+        pmBlurFilterDelete(&object);
     }
 }
 

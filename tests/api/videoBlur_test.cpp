@@ -16,6 +16,7 @@
 #include <thread>
 #include <vector>
 
+#include "AllocationCounter.h"
 #include "CpuGaussianBlur.h"
 #include "GLTestContext.h"
 #include "HeldClock.h"
@@ -23,77 +24,6 @@
 #include "SanitizerBuild.h"
 #include "PhotoFilterVideoBlur.h"
 #include "pmUtil.h"
-
-// Counts the heap allocations that the library's code makes on this thread
-// while `countingAllocations` is set. The library is linked into this test
-// program, so its requests come from the program itself or, on its behalf,
-// from the C and C++ runtimes. The GL driver's own allocations (a software
-// rasterizer sets up each draw on the heap) are not the library's and are
-// left out. Every request is handed on to glibc.
-extern "C" void* __libc_malloc(size_t size);
-extern "C" void* __libc_calloc(size_t count, size_t size);
-extern "C" void* __libc_realloc(void* pointer, size_t size);
-
-namespace {
-
-thread_local bool countingAllocations = false;
-thread_local size_t allocationCount = 0;
-void* volatile allocationSink = nullptr;
-
-bool isLibraryCaller(void* caller) {
-    Dl_info self;
-    Dl_info info;
-    if (dladdr(reinterpret_cast<void*>(&isLibraryCaller), &self) == 0 ||
-        dladdr(caller, &info) == 0 || info.dli_fname == nullptr) {
-        return true;
-    }
-    return info.dli_fbase == self.dli_fbase || std::strstr(info.dli_fname, "libstdc++") ||
-           std::strstr(info.dli_fname, "libc.so");
-}
-
-void noteAllocation(void* caller) {
-    if (!countingAllocations) return;
-    countingAllocations = false;  // the look-up itself is not counted
-    if (isLibraryCaller(caller)) ++allocationCount;
-    countingAllocations = true;
-}
-
-}  // namespace
-
-// Under AddressSanitizer its allocator must see every request: nothing is
-// replaced, and the tests that count allocations are skipped.
-#if !PIXMORA_TEST_ASAN
-extern "C" void* malloc(size_t size) noexcept {
-    noteAllocation(__builtin_return_address(0));
-    return __libc_malloc(size);
-}
-
-extern "C" void* calloc(size_t count, size_t size) noexcept {
-    noteAllocation(__builtin_return_address(0));
-    return __libc_calloc(count, size);
-}
-
-extern "C" void* realloc(void* pointer, size_t size) noexcept {
-    noteAllocation(__builtin_return_address(0));
-    return __libc_realloc(pointer, size);
-}
-
-// Replaced so that the caller seen is the code that used new, not the C++
-// runtime; the runtime's delete frees it with glibc's free.
-void* operator new(size_t size) {
-    noteAllocation(__builtin_return_address(0));
-    void* pointer = __libc_malloc(size == 0 ? 1 : size);
-    if (pointer == nullptr) throw std::bad_alloc();
-    return pointer;
-}
-
-void* operator new[](size_t size) {
-    noteAllocation(__builtin_return_address(0));
-    void* pointer = __libc_malloc(size == 0 ? 1 : size);
-    if (pointer == nullptr) throw std::bad_alloc();
-    return pointer;
-}
-#endif
 
 namespace {
 
@@ -245,15 +175,6 @@ protected:
         filter->renderCount = 0;
         filter->inputCount = 0;
         filter->lastUpdateTime = pmUtil::now();
-    }
-    template <typename F>
-    size_t allocationsDuring(F work) {
-        glFinish();
-        allocationCount = 0;
-        countingAllocations = true;
-        work();
-        countingAllocations = false;
-        return allocationCount;
     }
 
     std::unique_ptr<PhotoFilterVideoBlur> filter;
@@ -776,8 +697,15 @@ TEST_F(VideoBlurFilterTest, ResetForgetsCapturesAndRestartsTheMeasurement) {
     EXPECT_EQ(log.countEndingWith("> Call setVideoCapture() first."), 1);
 }
 
-TEST_F(VideoBlurFilterTest, SteadyDrawsMakeNoGLObjectAndTakeNoHeapMemory) {
+// Steady Draws in either quality: warm every path, then count the heap
+// allocations and the GL names of resting Draws, a capture and its fade.
+class VideoBlurSteadyTest : public VideoBlurFilterTest,
+                            public ::testing::WithParamInterface<int> {};
+
+TEST_P(VideoBlurSteadyTest, SteadyDrawsMakeNoGLObjectAndTakeNoHeapMemory) {
     if (PIXMORA_TEST_ASAN) GTEST_SKIP() << "allocations are the sanitizer's to count";
+    filter->SetQuality(GetParam());
+    ASSERT_EQ(filter->blur.quality, GetParam());
     const int w = 64, h = 48;
     const std::vector<uint8_t> a = rampAcross(w, h);
     const std::vector<uint8_t> b = rampDown(w, h);
@@ -813,5 +741,9 @@ TEST_F(VideoBlurFilterTest, SteadyDrawsMakeNoGLObjectAndTakeNoHeapMemory) {
     std::vector<int> values;
     EXPECT_EQ(allocationsDuring([&] { values.resize(100); }), 1u);
 }
+
+INSTANTIATE_TEST_SUITE_P(BothQualities, VideoBlurSteadyTest,
+                         ::testing::Values(pmDraw::BLUR_QUALITY_DEFAULT,
+                                           pmDraw::BLUR_QUALITY_SMOOTH));
 
 }  // namespace
