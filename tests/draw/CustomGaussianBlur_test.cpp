@@ -32,23 +32,6 @@ std::vector<uint8_t> uniformPixels(int w, int h, uint8_t r, uint8_t g, uint8_t b
     return pixels;
 }
 
-// 64 x 32 with structure along both axes and no symmetry that would hide a
-// flip or a swapped axis: red steps from 0 to 255 at x = 40, green is a
-// checker of 8 x 8 blocks, blue ramps up the rows of memory.
-std::vector<uint8_t> structuredPixels(int w, int h) {
-    std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 4);
-    for (int y = 0; y < h; ++y) {
-        for (int x = 0; x < w; ++x) {
-            uint8_t* p = &pixels[(static_cast<size_t>(y) * w + x) * 4];
-            p[0] = x >= 40 ? 255 : 0;
-            p[1] = ((x / 8 + y / 8) % 2) != 0 ? 230 : 20;
-            p[2] = static_cast<uint8_t>(y * 255 / (h - 1));
-            p[3] = 255;
-        }
-    }
-    return pixels;
-}
-
 // The down stage and the horizontal pass on the CPU: the input read at the
 // centres of the scaled buffer, the rows reversed when flipped (the first
 // blur pass reads them so), then the horizontal Gaussian of the independently
@@ -288,6 +271,34 @@ TEST_F(CustomBlurTest, QuarterScaleKeepsTheMeanColour) {
     pmGL::deleteTexture(tex);
 }
 
+// Blurs the structured picture at half scale with kernels 11 and 35, both
+// ways up, and compares each read-back with the CPU model of those passes.
+template <typename Model>
+void expectStructuredBlur(GLTestContext& gl, bool dithering, int tolerance, Model&& model) {
+    const int w = 64, h = 32;
+    std::vector<uint8_t> pixels = cpublur::structuredPicture(w, h);
+    pmGL::Texture tex = makeTexture(w, h, pixels.data());
+    gl.resizeTarget(w, h);
+    for (int kernel : {11, 35}) {
+        CustomGaussianBlur blur;
+        ASSERT_TRUE(pmDraw::createCustomGaussianBlur(blur, kernel));
+        pmDraw::setScaleFactor(blur, 0.5f);
+        blur.dithering = dithering;
+        const cpublur::FoldedKernel taps = cpublur::independentKernel(kernel);
+        for (bool flipped : {false, true}) {
+            const cpublur::Picture expected =
+                model(cpuDownAndAcross(pixels, w, h, taps, flipped), taps, w, h);
+            pmDraw::setTexture(blur, tex, flipped ? 1.0f : 0.0f);
+            gl.clearTarget(0, 0, 0, 0);
+            pmDraw::drawCustomGaussianBlur(blur);
+            EXPECT_LE(worstDifference(gl.readTarget(), expected), tolerance)
+                << "kernel " << kernel << (flipped ? ", flipped" : "");
+        }
+        pmDraw::deleteCustomGaussianBlur(blur);
+    }
+    pmGL::deleteTexture(tex);
+}
+
 // With dither: down, horizontal, vertical at half size, then the dither pass
 // stretches the result over the target. The halving and the stretch are
 // fixed-point bilinear reads that the CPU model repeats step for step. What
@@ -301,56 +312,20 @@ TEST_F(CustomBlurTest, QuarterScaleKeepsTheMeanColour) {
 // first two taps by 6 levels, taps shifted half a texel by 13, both passes
 // along x by 60, a missed flip by over 170.
 TEST_F(CustomBlurTest, StructuredPictureMatchesTheCpuPassesWithDither) {
-    const int w = 64, h = 32;
-    std::vector<uint8_t> pixels = structuredPixels(w, h);
-    pmGL::Texture tex = makeTexture(w, h, pixels.data());
-    gl->resizeTarget(w, h);
-    for (int kernel : {11, 35}) {
-        CustomGaussianBlur blur;
-        ASSERT_TRUE(pmDraw::createCustomGaussianBlur(blur, kernel));
-        pmDraw::setScaleFactor(blur, 0.5f);
-        const cpublur::FoldedKernel taps = cpublur::independentKernel(kernel);
-        for (bool flipped : {false, true}) {
-            const cpublur::Picture expected = cpublur::resample(
-                cpublur::blurDirection(cpuDownAndAcross(pixels, w, h, taps, flipped), taps, false),
-                w, h);
-            pmDraw::setTexture(blur, tex, flipped ? 1.0f : 0.0f);
-            gl->clearTarget(0, 0, 0, 0);
-            pmDraw::drawCustomGaussianBlur(blur);
-            EXPECT_LE(worstDifference(gl->readTarget(), expected), 3)
-                << "kernel " << kernel << (flipped ? ", flipped" : "");
-        }
-        pmDraw::deleteCustomGaussianBlur(blur);
-    }
-    pmGL::deleteTexture(tex);
+    expectStructuredBlur(
+        *gl, true, 3,
+        [](const cpublur::Picture& across, const cpublur::FoldedKernel& taps, int w, int h) {
+            return cpublur::resample(cpublur::blurDirection(across, taps, false), w, h);
+        });
 }
 
 // Without dither the vertical pass itself writes the full-size target,
 // reading the half-size horizontal result between its texels. The two blur
 // passes are again the only roundings the model cannot repeat: two levels.
 TEST_F(CustomBlurTest, StructuredPictureMatchesTheCpuPassesWithoutDither) {
-    const int w = 64, h = 32;
-    std::vector<uint8_t> pixels = structuredPixels(w, h);
-    pmGL::Texture tex = makeTexture(w, h, pixels.data());
-    gl->resizeTarget(w, h);
-    for (int kernel : {11, 35}) {
-        CustomGaussianBlur blur;
-        ASSERT_TRUE(pmDraw::createCustomGaussianBlur(blur, kernel));
-        pmDraw::setScaleFactor(blur, 0.5f);
-        blur.dithering = false;
-        const cpublur::FoldedKernel taps = cpublur::independentKernel(kernel);
-        for (bool flipped : {false, true}) {
-            const cpublur::Picture expected =
-                cpuVerticalInto(cpuDownAndAcross(pixels, w, h, taps, flipped), taps, w, h);
-            pmDraw::setTexture(blur, tex, flipped ? 1.0f : 0.0f);
-            gl->clearTarget(0, 0, 0, 0);
-            pmDraw::drawCustomGaussianBlur(blur);
-            EXPECT_LE(worstDifference(gl->readTarget(), expected), 2)
-                << "kernel " << kernel << (flipped ? ", flipped" : "");
-        }
-        pmDraw::deleteCustomGaussianBlur(blur);
-    }
-    pmGL::deleteTexture(tex);
+    expectStructuredBlur(*gl, false, 2,
+                         [](const cpublur::Picture& across, const cpublur::FoldedKernel& taps,
+                            int w, int h) { return cpuVerticalInto(across, taps, w, h); });
 }
 
 TEST_F(CustomBlurTest, FinalPassHoldsAreaColourAndAlpha) {

@@ -50,23 +50,6 @@ void expectAll(const std::vector<uint8_t>& out, Rgb c, int alpha, int tolerance,
     }
 }
 
-// 64 x 32 with structure along both axes and no symmetry that would hide a
-// flip or a swapped axis: red steps from 0 to 255 at x = 40, green is a
-// checker of 8 x 8 blocks, blue ramps up the rows of memory.
-std::vector<uint8_t> structuredPixels(int w, int h) {
-    std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 4);
-    for (int y = 0; y < h; ++y) {
-        for (int x = 0; x < w; ++x) {
-            uint8_t* p = &pixels[(static_cast<size_t>(y) * w + x) * 4];
-            p[0] = x >= 40 ? 255 : 0;
-            p[1] = ((x / 8 + y / 8) % 2) != 0 ? 230 : 20;
-            p[2] = static_cast<uint8_t>(y * 255 / (h - 1));
-            p[3] = 255;
-        }
-    }
-    return pixels;
-}
-
 // The capture and a draw at weight 1 on the CPU: the input read at the centres
 // of the half-size buffer, the rows reversed when flipped (the first blur pass
 // reads them so), the two Gaussian passes of the independently searched
@@ -435,7 +418,7 @@ TEST_F(VideoBlurTest, FlipIsAppliedOnceInTheBlur) {
 // both passes along x by 60, a missed flip by over 170.
 TEST_F(VideoBlurTest, StructuredPictureMatchesTheCpuPasses) {
     const int w = 64, h = 32;
-    std::vector<uint8_t> pixels = structuredPixels(w, h);
+    std::vector<uint8_t> pixels = cpublur::structuredPicture(w, h);
     pmGL::Texture tex = makeTexture(w, h, pixels);
     pmUtil::ImageData<unsigned char> image(w, h, 4, pixels.data());
     gl->resizeTarget(w, h);

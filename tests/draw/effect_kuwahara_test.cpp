@@ -19,8 +19,10 @@ struct Region {
     float sigma2;
 };
 
-// The four squares in the shader's order, for a step of one texel.
-std::vector<Region> regionsOf(const Picture& in, int x, int y, int r) {
+// The four squares in the shader's order, for a step of one texel, of the
+// values `sample(x, y, channel)` gives.
+template <typename Sample>
+std::vector<Region> squaresOf(Sample&& sample, int x, int y, int r) {
     const int ranges[4][4] = {{-r, 0, -r, 0}, {-r, 0, 0, r}, {0, r, 0, r}, {0, r, -r, 0}};
     const float n = static_cast<float>((r + 1) * (r + 1));
     std::vector<Region> regions;
@@ -29,7 +31,7 @@ std::vector<Region> regionsOf(const Picture& in, int x, int y, int r) {
         for (int j = range[0]; j <= range[1]; ++j) {
             for (int i = range[2]; i <= range[3]; ++i) {
                 for (int c = 0; c < 3; ++c) {
-                    const float v = in.unit(x + i, y + j, c);
+                    const float v = sample(x + i, y + j, c);
                     m[c] += v;
                     s[c] += v * v;
                 }
@@ -44,6 +46,11 @@ std::vector<Region> regionsOf(const Picture& in, int x, int y, int r) {
         regions.push_back(region);
     }
     return regions;
+}
+
+// The squares of an 8-bit picture, in units of 0 to 1.
+std::vector<Region> regionsOf(const Picture& in, int x, int y, int r) {
+    return squaresOf([&](int px, int py, int c) { return in.unit(px, py, c); }, x, y, r);
 }
 
 Expected meanOf(const Region& region) {
@@ -62,31 +69,9 @@ struct FloatPicture {
     }
 };
 
-// The four squares in the shader's order, on float values as they are.
+// The squares of a float picture, on its values as they are.
 std::vector<Region> regionsOf(const FloatPicture& in, int x, int y, int r) {
-    const int ranges[4][4] = {{-r, 0, -r, 0}, {-r, 0, 0, r}, {0, r, 0, r}, {0, r, -r, 0}};
-    const float n = static_cast<float>((r + 1) * (r + 1));
-    std::vector<Region> regions;
-    for (const auto& range : ranges) {
-        float m[3] = {0, 0, 0}, s[3] = {0, 0, 0};
-        for (int j = range[0]; j <= range[1]; ++j) {
-            for (int i = range[2]; i <= range[3]; ++i) {
-                for (int c = 0; c < 3; ++c) {
-                    const float v = in.at(x + i, y + j, c);
-                    m[c] += v;
-                    s[c] += v * v;
-                }
-            }
-        }
-        Region region;
-        region.sigma2 = 0.0f;
-        for (int c = 0; c < 3; ++c) {
-            region.mean[c] = m[c] / n;
-            region.sigma2 += std::fabs(s[c] / n - region.mean[c] * region.mean[c]);
-        }
-        regions.push_back(region);
-    }
-    return regions;
+    return squaresOf([&](int px, int py, int c) { return in.at(px, py, c); }, x, y, r);
 }
 
 bool hasExtension(const char* name) {
