@@ -72,20 +72,6 @@ cpublur::Picture cpuVerticalInto(const cpublur::Picture& across, const cpublur::
     return out;
 }
 
-// The largest difference over the colour channels; alpha must be 255.
-int worstDifference(const std::vector<uint8_t>& out, const cpublur::Picture& expected) {
-    if (out.size() != expected.rgba.size()) return 256;
-    int worst = 0;
-    for (size_t i = 0; i < out.size(); ++i) {
-        if (i % 4 == 3) {
-            if (out[i] != 255) return 256;
-            continue;
-        }
-        worst = std::max(worst, std::abs(out[i] - static_cast<int>(expected.rgba[i])));
-    }
-    return worst;
-}
-
 TEST(CustomKernelSizeTest, SnapsToTheSizesTheBlurAccepts) {
     for (int size = -5; size <= 8; ++size) EXPECT_EQ(pmDraw::snapCustomKernelSize(size), 7) << size;
     EXPECT_EQ(pmDraw::snapCustomKernelSize(9), 11);
@@ -291,7 +277,7 @@ void expectStructuredBlur(GLTestContext& gl, bool dithering, int tolerance, Mode
             pmDraw::setTexture(blur, tex, flipped ? 1.0f : 0.0f);
             gl.clearTarget(0, 0, 0, 0);
             pmDraw::drawCustomGaussianBlur(blur);
-            EXPECT_LE(worstDifference(gl.readTarget(), expected), tolerance)
+            EXPECT_LE(cpublur::worstDifference(gl.readTarget(), expected), tolerance)
                 << "kernel " << kernel << (flipped ? ", flipped" : "");
         }
         pmDraw::deleteCustomGaussianBlur(blur);

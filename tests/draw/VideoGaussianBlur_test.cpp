@@ -66,20 +66,6 @@ cpublur::Picture cpuCaptureAndDraw(const std::vector<uint8_t>& pixels, int w, in
     return cpublur::resample(blurred, targetW, targetH);
 }
 
-// The largest difference over the colour channels; alpha must be 255.
-int worstDifference(const std::vector<uint8_t>& out, const cpublur::Picture& expected) {
-    if (out.size() != expected.rgba.size()) return 256;
-    int worst = 0;
-    for (size_t i = 0; i < out.size(); ++i) {
-        if (i % 4 == 3) {
-            if (out[i] != 255) return 256;
-            continue;
-        }
-        worst = std::max(worst, std::abs(out[i] - static_cast<int>(expected.rgba[i])));
-    }
-    return worst;
-}
-
 int mixed(int a, int b, float w) {
     return static_cast<int>(std::lround(a + (b - a) * w));
 }
@@ -433,14 +419,14 @@ TEST_F(VideoBlurTest, StructuredPictureMatchesTheCpuPasses) {
             pass.setVideoCapture(tex, flipped ? 1.0f : 0.0f);
             gl->clearTarget(0, 0, 0, 0);
             pass.draw(1.0f);
-            EXPECT_LE(worstDifference(gl->readTarget(), expected), 2)
+            EXPECT_LE(cpublur::worstDifference(gl->readTarget(), expected), 2)
                 << "texture, kernel " << kernel << (flipped ? ", flipped" : "");
             // The uploaded form halves through its mipmap rather than by one
             // bilinear read between four texels: the same 2 x 2 means.
             pass.setVideoCapture(image, flipped ? 1.0f : 0.0f);
             gl->clearTarget(0, 0, 0, 0);
             pass.draw(1.0f);
-            EXPECT_LE(worstDifference(gl->readTarget(), expected), 3)
+            EXPECT_LE(cpublur::worstDifference(gl->readTarget(), expected), 3)
                 << "image, kernel " << kernel << (flipped ? ", flipped" : "");
         }
         pass.finalize();

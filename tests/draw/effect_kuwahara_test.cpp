@@ -145,18 +145,23 @@ private:
     GLuint tex = 0;
 };
 
+// One run of a new filter with the radius and the picture's size as its
+// step, into the bound framebuffer.
+void runKuwahara(const pmGL::Texture& tex, int radius, int width, int height) {
+    pmDraw::KuwaharaFilter kuwahara;
+    EXPECT_TRUE(pmDraw::createKuwaharaFilter(kuwahara));
+    pmDraw::setParameters(kuwahara, radius, static_cast<float>(width), static_cast<float>(height));
+    pmDraw::setTexture(kuwahara, tex, glm::vec2(0.0f, 0.0f));
+    pmDraw::runKuwaharaFilter(kuwahara);
+    pmDraw::deleteKuwaharaFilter(kuwahara);
+}
+
 class KuwaharaFilterTest : public GLTest {
 protected:
     std::vector<uint8_t> paint(Picture& in, int radius) {
         pmGL::Texture tex = upload(in, true);
-        pmDraw::KuwaharaFilter kuwahara;
-        EXPECT_TRUE(pmDraw::createKuwaharaFilter(kuwahara));
-        pmDraw::setParameters(kuwahara, radius, static_cast<float>(in.width),
-                              static_cast<float>(in.height));
-        pmDraw::setTexture(kuwahara, tex, glm::vec2(0.0f, 0.0f));
-        pmDraw::runKuwaharaFilter(kuwahara);
+        runKuwahara(tex, radius, in.width, in.height);
         std::vector<uint8_t> out = gl->readTarget();
-        pmDraw::deleteKuwaharaFilter(kuwahara);
         pmGL::deleteTexture(tex);
         return out;
     }
@@ -261,14 +266,8 @@ std::vector<float> paintFloat(const FloatPicture& in, int radius) {
     EXPECT_TRUE(target.complete());
     const float sentinel[4] = {-3.0f, 5.5f, 77.0f, 0.25f};
     target.clear(sentinel);
-    pmDraw::KuwaharaFilter kuwahara;
-    EXPECT_TRUE(pmDraw::createKuwaharaFilter(kuwahara));
-    pmDraw::setParameters(kuwahara, radius, static_cast<float>(in.width),
-                          static_cast<float>(in.height));
-    pmDraw::setTexture(kuwahara, tex, glm::vec2(0.0f, 0.0f));
-    pmDraw::runKuwaharaFilter(kuwahara);
+    runKuwahara(tex, radius, in.width, in.height);
     std::vector<float> out = target.read();
-    pmDraw::deleteKuwaharaFilter(kuwahara);
     pmGL::deleteTexture(tex);
     return out;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 namespace cpublur {
 
@@ -144,6 +145,19 @@ std::vector<uint8_t> structuredPicture(int width, int height) {
         }
     }
     return pixels;
+}
+
+int worstDifference(const std::vector<uint8_t>& out, const Picture& expected) {
+    if (out.size() != expected.rgba.size()) return 256;
+    int worst = 0;
+    for (size_t i = 0; i < out.size(); ++i) {
+        if (i % 4 == 3) {
+            if (out[i] != 255) return 256;
+            continue;
+        }
+        worst = std::max(worst, std::abs(out[i] - static_cast<int>(expected.rgba[i])));
+    }
+    return worst;
 }
 
 }  // namespace cpublur

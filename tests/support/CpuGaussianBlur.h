@@ -49,6 +49,10 @@ Picture flipRows(const Picture& in);
 // checker of 8 x 8 blocks, blue ramps up the rows of memory.
 std::vector<uint8_t> structuredPicture(int width, int height);
 
+// The largest difference of read-back RGBA bytes from the model over the
+// colour channels; 256 when the sizes differ or an alpha is not 255.
+int worstDifference(const std::vector<uint8_t>& out, const Picture& expected);
+
 // Both passes, horizontal first, of RGBA bytes given bottom row first.
 Picture blurBoth(const std::vector<uint8_t>& rgba, int width, int height, int kernelSize);
 
