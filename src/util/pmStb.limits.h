@@ -20,7 +20,9 @@ constexpr std::uint64_t kMaxDecodedBytesPerEncodedByte = 1032;
 // the codecs and GL count in.
 inline bool isValidImageShape(std::int64_t width, std::int64_t height, std::int64_t channel) {
     if (width < 1 || height < 1 || channel < 1 || channel > kMaxImageChannel) return false;
-    return width * height * channel <= INT_MAX;
+    // Each side first, so that the product cannot overflow even 64 bits.
+    if (width > INT_MAX || height > INT_MAX) return false;
+    return width * height <= INT_MAX / channel;
 }
 
 // Whether `encodedBytes` of a compressed file can hold the pixels its header

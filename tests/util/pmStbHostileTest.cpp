@@ -130,6 +130,10 @@ TEST_F(StbHostileTest, RawChannelCountsOutsideOneToFourAreRefused) {
 
 TEST_F(StbHostileTest, RawSizeWhoseByteCountOverflowsIntIsRefused) {
     expectRefused(rawRecord(65536, 65536, 4, 16), "invalid size or channel count");
+    // Sides at the end of int: their byte count overflows even 64 bits (a
+    // fuzzer's find, under the undefined-behaviour sanitizer).
+    expectRefused(rawRecord(INT32_MAX, INT32_MAX, 4, 16), "invalid size or channel count");
+    expectRefused(rawRecord(INT32_MAX, 2, 1, 16), "invalid size or channel count");
 }
 
 TEST_F(StbHostileTest, TruncatedRawPixelsAreRefused) {
