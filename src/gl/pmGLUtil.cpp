@@ -9,6 +9,7 @@
 
 #include "pmGLUtil.readBack.h"
 #include "pmStb.h"
+#include "util/pmStreamBytes.h"
 
 namespace pmGL {
 using pmUtil::MemoryBlock;
@@ -67,15 +68,6 @@ int noiseStride(int width) {
 // blocks, as the compressed data is laid out.
 bool isBlockAligned(int size, int extendedSize) {
     return size > 0 && extendedSize == (size + 3) / 4 * 4;
-}
-
-std::uint64_t remainingBytes(std::ifstream& stream) {
-    const std::streampos here = stream.tellg();
-    if (here < 0) return 0;
-    stream.seekg(0, std::ios::end);
-    const std::streampos end = stream.tellg();
-    stream.seekg(here);
-    return end < here ? 0 : static_cast<std::uint64_t>(end - here);
 }
 
 }  // namespace
@@ -308,7 +300,7 @@ bool loadCompressedTexture(Texture& tex, const std::string& path, const TextureO
     std::size_t size = static_cast<std::size_t>(extendedWidth) * extendedHeight;
     if (!isEightBitsPerPixel(opts.internalFormat)) size /= 2;
     // The header is never trusted further than the file's own bytes go.
-    if (size > remainingBytes(stream)) {
+    if (size > pmUtil::remainingBytes(stream)) {
         PM_LOGE("Truncated PKM data (%zu bytes expected).\n", size);
         return false;
     }

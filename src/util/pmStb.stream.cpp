@@ -7,6 +7,7 @@
 
 #include "pmStb.h"
 #include "pmStb.limits.h"
+#include "util/pmStreamBytes.h"
 
 namespace pmStb {
 
@@ -33,18 +34,6 @@ bool readValue(std::ifstream& stream, T& value) {
     return readBytes(stream, &value, sizeof(value));
 }
 
-// Bytes between the read position and the end of the stream; 0 when the
-// stream cannot tell, so that nothing is trusted then.
-std::uint64_t remainingBytes(std::ifstream& stream) {
-    const std::streampos here = stream.tellg();
-    if (here < 0) return 0;
-    stream.seekg(0, std::ios::end);
-    const std::streampos end = stream.tellg();
-    stream.seekg(here);
-    if (end < here) return 0;
-    return static_cast<std::uint64_t>(end - here);
-}
-
 // A broken record leaves the stream at no record boundary: it is failed, so
 // that the records after it are refused too rather than read from the middle.
 Image refuseRecord(std::ifstream& stream, const char* reason) {
@@ -62,7 +51,7 @@ Image readRawRecord(std::ifstream& stream) {
         return refuseRecord(stream, "invalid size or channel count");
     }
     Image image(size[0], size[1], size[2], nullptr, false);
-    if (image.getCount() > remainingBytes(stream)) {
+    if (image.getCount() > pmUtil::remainingBytes(stream)) {
         return refuseRecord(stream, "truncated pixels");
     }
     image.data = pmUtil::safeNewArray<unsigned char>(image.getCount());
@@ -80,7 +69,7 @@ Image readPackedRecord(std::ifstream& stream) {
     // A block that failed to pack has length 0: a whole record that decodes
     // to nothing.
     if (blockLength == 0) return createUnpackedImage(Block(), false);
-    if (blockLength > remainingBytes(stream) || blockLength > INT_MAX) {
+    if (blockLength > pmUtil::remainingBytes(stream) || blockLength > INT_MAX) {
         return refuseRecord(stream, "block longer than the stream");
     }
     Block block = pmUtil::createMemoryBlock<unsigned char>(static_cast<std::size_t>(blockLength));
@@ -136,7 +125,7 @@ Image readImage(std::ifstream& stream) {
     if (!readValue(stream, extensionLength)) {
         return refuseRecord(stream, "truncated extension length");
     }
-    if (extensionLength > kMaxExtensionLength || extensionLength > remainingBytes(stream)) {
+    if (extensionLength > kMaxExtensionLength || extensionLength > pmUtil::remainingBytes(stream)) {
         return refuseRecord(stream, "extension longer than the stream");
     }
     std::string extension(static_cast<std::size_t>(extensionLength), '\0');

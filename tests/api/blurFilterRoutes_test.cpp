@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "GLTestContext.h"
+#include "TestPictures.h"
 #include "LogCapture.h"
 #include "PhotoFilterBlur.h"
 #include "pixmora.h"
@@ -15,17 +16,6 @@
 namespace {
 
 using pmFilters::PhotoFilterBlur;
-
-std::vector<uint8_t> flat(int w, int h, uint8_t r, uint8_t g, uint8_t b) {
-    std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 4);
-    for (size_t i = 0; i < pixels.size(); i += 4) {
-        pixels[i] = r;
-        pixels[i + 1] = g;
-        pixels[i + 2] = b;
-        pixels[i + 3] = 255;
-    }
-    return pixels;
-}
 
 // Structure that a light blur keeps: a ramp across and a step down.
 std::vector<uint8_t> ramps(int w, int h, bool mirrored) {
@@ -97,7 +87,7 @@ TEST_F(BlurRouteTest, TextureInputLeavesTheStoredSizeForTheReadBacksScale) {
     GLuint tex = 0;
     glGenTextures(1, &tex);
     glBindTexture(GL_TEXTURE_2D, tex);
-    std::vector<uint8_t> pixels = flat(w, h, 50, 60, 70);
+    std::vector<uint8_t> pixels = solidPicture(w, h, {50, 60, 70});
     glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, w, h, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
     pmBlurFilterSetBlurIntensity(object, 1.0f);
     pmBlurFilterSetBufferWithTexture(object, tex, w, h, GL_RGBA, GL_UNSIGNED_BYTE);
@@ -119,7 +109,7 @@ TEST_F(BlurRouteTest, OutputTypeTwoWithInterleavedInputReadsWhatThePlanarBufferH
     expectFlat(readBack(w, h, COLOR_TYPE_YUVA), 200, 100, 50);
     // Interleaved input goes to inputBuffer, which this route never reads:
     // the bytes are the planar picture's again, not the new input's.
-    std::vector<uint8_t> pixels = flat(w, h, 10, 20, 30);
+    std::vector<uint8_t> pixels = solidPicture(w, h, {10, 20, 30});
     pmBlurFilterSetBuffer(object, pixels.data(), w, h, 4);
     const std::vector<uint8_t> out = readBack(w, h, COLOR_TYPE_YUVA);
     expectFlat(out, 200, 100, 50);
@@ -130,7 +120,7 @@ TEST_F(BlurRouteTest, PlanarInputNeverReachesTheRgbRoutesOrTheirDraw) {
     const int w = 8, h = 8;
     gl->resizeTarget(w, h);
     pmBlurFilterSetBlurIntensity(object, 1.0f);
-    std::vector<uint8_t> pixels = flat(w, h, 10, 20, 30);
+    std::vector<uint8_t> pixels = solidPicture(w, h, {10, 20, 30});
     pmBlurFilterSetBuffer(object, pixels.data(), w, h, 4);
     setPlanes(w, h, 200, 100, 50);
     for (int type : {COLOR_TYPE_RGBA, COLOR_TYPE_RGB}) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "GLTestContext.h"
+#include "TestPictures.h"
 #include "LogCapture.h"
 #include "PhotoFilterBlur.h"
 #include "PhotoFilterVideoBlur.h"
@@ -15,17 +16,6 @@
 namespace {
 
 using pmFilters::PhotoFilterBlur;
-
-std::vector<uint8_t> constantPicture(int w, int h, uint8_t r, uint8_t g, uint8_t b) {
-    std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 4);
-    for (size_t i = 0; i < pixels.size(); i += 4) {
-        pixels[i] = r;
-        pixels[i + 1] = g;
-        pixels[i + 2] = b;
-        pixels[i + 3] = 255;
-    }
-    return pixels;
-}
 
 std::vector<uint8_t> checkerboard(int w, int h, int cell) {
     std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 4);
@@ -118,7 +108,7 @@ TEST_F(BlurFilterTest, DeleteClearsTheHandlerAndTwiceSaysEmpty) {
 TEST_F(BlurFilterTest, ConstantPictureBlursToItself) {
     create();
     const int w = 64, h = 48;
-    std::vector<uint8_t> pixels = constantPicture(w, h, 180, 90, 30);
+    std::vector<uint8_t> pixels = solidPicture(w, h, {180, 90, 30});
     pmBlurFilterSetBuffer(object, pixels.data(), w, h, 4);
     for (float intensity : {1.0f, 10.0f, 40.0f}) {
         pmBlurFilterSetBlurIntensity(object, intensity);
@@ -135,7 +125,7 @@ TEST_F(BlurFilterTest, ConstantPictureBlursToItself) {
 TEST_F(BlurFilterTest, OutputReceivesExactlyWidthTimesHeightTimesFourBytes) {
     create();
     const int w = 13, h = 7;
-    std::vector<uint8_t> pixels = constantPicture(w, h, 10, 20, 30);
+    std::vector<uint8_t> pixels = solidPicture(w, h, {10, 20, 30});
     pmBlurFilterSetBuffer(object, pixels.data(), w, h, 4);
     pmBlurFilterSetBlurIntensity(object, 1.0f);  // a small picture: no reduction
     for (int colorType : {COLOR_TYPE_RGBA, COLOR_TYPE_YUVA, COLOR_TYPE_YUV}) {
@@ -224,7 +214,7 @@ TEST_F(BlurFilterTest, PlanarInputIsNotSeenByTheRgbRoute) {
 TEST_F(BlurFilterTest, OutputTypeTwoWithInterleavedInputMergesAnEmptyList) {
     create();
     const int w = 8, h = 8;
-    std::vector<uint8_t> pixels = constantPicture(w, h, 10, 20, 30);
+    std::vector<uint8_t> pixels = solidPicture(w, h, {10, 20, 30});
     pmBlurFilterSetBuffer(object, pixels.data(), w, h, 4);
     LogCapture log;
     std::vector<uint8_t> out = readBack(w, h, COLOR_TYPE_YUVA);
@@ -234,7 +224,7 @@ TEST_F(BlurFilterTest, OutputTypeTwoWithInterleavedInputMergesAnEmptyList) {
 
 TEST_F(BlurFilterTest, SameOutputSizeReusesTheBlurBuffer) {
     create();
-    std::vector<uint8_t> pixels = constantPicture(32, 32, 1, 2, 3);
+    std::vector<uint8_t> pixels = solidPicture(32, 32, {1, 2, 3});
     pmBlurFilterSetBuffer(object, pixels.data(), 32, 32, 4);
     pmBlurFilterSetBlurIntensity(object, 4.0f);
     readBack(8, 8);
@@ -257,7 +247,7 @@ TEST_F(BlurFilterTest, IntensityIsClampedAndGivesTheScaleFactor) {
     pmBlurFilterSetBlurIntensity(object, 70.0f);
     EXPECT_FLOAT_EQ(photo()->intensity, 50.0f);
     pmBlurFilterSetBlurIntensity(object, 1.0f);
-    std::vector<uint8_t> pixels = constantPicture(8, 8, 1, 2, 3);
+    std::vector<uint8_t> pixels = solidPicture(8, 8, {1, 2, 3});
     pmBlurFilterSetBuffer(object, pixels.data(), 8, 8, 4);
     readBack(8, 8);
     EXPECT_FLOAT_EQ(photo()->blur.scaleFactor, 1.0f);
@@ -270,7 +260,7 @@ TEST_F(BlurFilterTest, LargerKernelGivesALargerScaleFactor) {
     create(PM_BLUR_PHOTO, 39);
     EXPECT_EQ(photo()->kernelSize, 39);
     pmBlurFilterSetBlurIntensity(object, 10.0f);
-    std::vector<uint8_t> pixels = constantPicture(8, 8, 1, 2, 3);
+    std::vector<uint8_t> pixels = solidPicture(8, 8, {1, 2, 3});
     pmBlurFilterSetBuffer(object, pixels.data(), 8, 8, 4);
     readBack(8, 8);
     EXPECT_FLOAT_EQ(photo()->blur.scaleFactor, 39.0f / 35.0f / 10.0f);
@@ -319,7 +309,7 @@ TEST_F(BlurFilterTest, DrawShowsAFreshBlurOrTheStoredPicture) {
     create();
     const int w = 16, h = 16;
     gl->resizeTarget(w, h);
-    std::vector<uint8_t> pixels = constantPicture(w, h, 200, 100, 50);
+    std::vector<uint8_t> pixels = solidPicture(w, h, {200, 100, 50});
     pmBlurFilterSetBuffer(object, pixels.data(), w, h, 4);
     pmBlurFilterSetBlurIntensity(object, 1.0f);
     readBack(w, h, COLOR_TYPE_RGBA);
@@ -388,7 +378,7 @@ TEST_F(BlurFilterTest, TextureInputKeepsTheEarlierInputSize) {
     GLuint tex = 0;
     glGenTextures(1, &tex);
     glBindTexture(GL_TEXTURE_2D, tex);
-    std::vector<uint8_t> pixels = constantPicture(8, 4, 50, 60, 70);
+    std::vector<uint8_t> pixels = solidPicture(8, 4, {50, 60, 70});
     glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 8, 4, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
     pmBlurFilterSetBufferWithTexture(object, tex, 8, 4, GL_RGBA, GL_UNSIGNED_BYTE);
     EXPECT_EQ(photo()->GetInputSize(), glm::ivec2(1920, 1080));
@@ -461,7 +451,7 @@ TEST(BlurPrivateContextTest, ReadBackWorksWithoutACallerContext) {
     pmGL::GLContextManager::ReleaseInstance();
     pmSetEGLDisplay(testDisplay());
     const int w = 20, h = 10;
-    std::vector<uint8_t> pixels = constantPicture(w, h, 30, 60, 90);
+    std::vector<uint8_t> pixels = solidPicture(w, h, {30, 60, 90});
     std::vector<uint8_t> out(static_cast<size_t>(w) * h * 4, 0);
     std::thread worker([&] {
         pmFilterObject blur{PM_BLUR_PHOTO, pmBlurFilterCreate(PM_BLUR_PHOTO)};

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "GLTestContext.h"
+#include "TestPictures.h"
 #include "LogCapture.h"
 #include "PhotoFilterBlur.h"
 #include "PhotoFilterVideoBlur.h"
@@ -25,18 +26,6 @@ constexpr float NOT_A_NUMBER = std::numeric_limits<float>::quiet_NaN();
 constexpr float INFINITE = std::numeric_limits<float>::infinity();
 constexpr std::uint8_t POISON = 0xA5;
 constexpr std::size_t GUARD = 64;
-
-std::vector<std::uint8_t> constantPicture(int w, int h, std::uint8_t r, std::uint8_t g,
-                                          std::uint8_t b) {
-    std::vector<std::uint8_t> pixels(static_cast<std::size_t>(w) * h * 4);
-    for (std::size_t i = 0; i < pixels.size(); i += 4) {
-        pixels[i] = r;
-        pixels[i + 1] = g;
-        pixels[i + 2] = b;
-        pixels[i + 3] = 255;
-    }
-    return pixels;
-}
 
 // An output buffer with poisoned guard bytes on both sides.
 struct GuardedBuffer {
@@ -85,7 +74,7 @@ protected:
     PhotoFilterBlur* photo() { return static_cast<PhotoFilterBlur*>(object.handler); }
     // The constant picture blurred and read back, with the guards checked.
     std::vector<std::uint8_t> blurConstant(int w, int h) {
-        std::vector<std::uint8_t> input = constantPicture(w, h, 40, 160, 220);
+        std::vector<std::uint8_t> input = solidPicture(w, h, {40, 160, 220});
         pmBlurFilterSetBuffer(object, input.data(), w, h, 4);
         GuardedBuffer out(static_cast<std::size_t>(w) * h * 4);
         pmBlurFilterSetOutputBuffer(object, {COLOR_TYPE_RGBA, out.data(), w, h});
@@ -161,7 +150,7 @@ TEST_F(HostileCallTest, OnePixelPictureBlursToItselfAtTheDefaultIntensity) {
 
 TEST_F(HostileCallTest, BadSizesAndChannelCountsTouchNothingOutsideTheBuffers) {
     create();
-    std::vector<std::uint8_t> input = constantPicture(8, 8, 1, 2, 3);
+    std::vector<std::uint8_t> input = solidPicture(8, 8, {1, 2, 3});
     LogCapture log;
     for (const auto& [w, h] : {std::pair<int, int>{0, 8},
                                {-8, 8},
@@ -201,7 +190,7 @@ TEST_F(HostileCallTest, NullStaleAndMistypedHandlesAreRefused) {
                                       {PM_BLUR_PHOTO, video.handler},
                                       {PM_BLUR_PHOTO, &notAnObject},
                                       {-4, object.handler}};
-    std::vector<std::uint8_t> input = constantPicture(4, 4, 9, 9, 9);
+    std::vector<std::uint8_t> input = solidPicture(4, 4, {9, 9, 9});
     LogCapture log;
     for (const pmFilterObject& record : records) {
         pmBlurFilterSetBlurIntensity(record, 3.0f);
@@ -281,9 +270,9 @@ protected:
 };
 
 TEST_F(PhotoHostileCallTest, SizesThatCannotBeAreRefusedAndThePictureKept) {
-    std::vector<std::uint8_t> picture = constantPicture(8, 8, 200, 100, 50);
+    std::vector<std::uint8_t> picture = solidPicture(8, 8, {200, 100, 50});
     pmPhotoFilterSetBuffer(grey, picture.data(), 8, 8, 4);
-    std::vector<std::uint8_t> other = constantPicture(8, 8, 0, 0, 0);
+    std::vector<std::uint8_t> other = solidPicture(8, 8, {0, 0, 0});
     LogCapture log;
     const std::pair<int, int> sizes[] = {
         {0, 8}, {-8, 8}, {8, -1}, {INT_MIN, 8}, {INT_MIN, INT_MIN}};
@@ -303,7 +292,7 @@ TEST_F(PhotoHostileCallTest, SizesThatCannotBeAreRefusedAndThePictureKept) {
 // GL cannot hold is refused by GL before it reads a byte of the caller's
 // buffer. Either way a later picture draws again.
 TEST_F(PhotoHostileCallTest, SizesBeyondIntOrGLAreRefusedWithoutReadingTheBuffer) {
-    std::vector<std::uint8_t> picture = constantPicture(8, 8, 10, 220, 30);
+    std::vector<std::uint8_t> picture = solidPicture(8, 8, {10, 220, 30});
     LogCapture log;
     for (const auto& [w, h] : {std::pair<int, int>{INT_MAX, 2}, {46341, 46341}, {2, INT_MAX}}) {
         pmPhotoFilterSetBuffer(grey, picture.data(), w, h, 3);
@@ -324,7 +313,7 @@ TEST(HostileThreadTest, CallsFromAThreadThatMadeNoObjectBindNothing) {
     pmGL::GLContextManager::ReleaseInstance();
     pmSetEGLDisplay(testDisplay());
     const int w = 8, h = 4;
-    std::vector<std::uint8_t> picture = constantPicture(w, h, 30, 60, 90);
+    std::vector<std::uint8_t> picture = solidPicture(w, h, {30, 60, 90});
     std::vector<std::uint8_t> result(static_cast<std::size_t>(w) * h * 4, 0);
     // The owner lives until the stranger is done: a thread's id may be given
     // to the next thread once it has ended, and would find its context.

@@ -19,6 +19,7 @@
 #include "AllocationCounter.h"
 #include "CpuGaussianBlur.h"
 #include "GLTestContext.h"
+#include "TestPictures.h"
 #include "HeldClock.h"
 #include "LogCapture.h"
 #include "SanitizerBuild.h"
@@ -29,25 +30,10 @@ namespace {
 
 using pmFilters::PhotoFilterVideoBlur;
 
-struct Rgb {
-    int r, g, b;
-};
-
-std::vector<uint8_t> constantFrame(int w, int h, Rgb c) {
-    std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 4);
-    for (size_t i = 0; i < pixels.size(); i += 4) {
-        pixels[i] = static_cast<uint8_t>(c.r);
-        pixels[i + 1] = static_cast<uint8_t>(c.g);
-        pixels[i + 2] = static_cast<uint8_t>(c.b);
-        pixels[i + 3] = 255;
-    }
-    return pixels;
-}
-
 // Smooth pictures that a wide blur keeps apart: a red ramp across, a green
 // ramp down.
 std::vector<uint8_t> rampAcross(int w, int h) {
-    std::vector<uint8_t> pixels = constantFrame(w, h, {0, 40, 200});
+    std::vector<uint8_t> pixels = solidPicture(w, h, {0, 40, 200});
     for (int y = 0; y < h; ++y) {
         for (int x = 0; x < w; ++x)
             pixels[(static_cast<size_t>(y) * w + x) * 4] = x * 255 / (w - 1);
@@ -56,7 +42,7 @@ std::vector<uint8_t> rampAcross(int w, int h) {
 }
 
 std::vector<uint8_t> rampDown(int w, int h) {
-    std::vector<uint8_t> pixels = constantFrame(w, h, {30, 0, 60});
+    std::vector<uint8_t> pixels = solidPicture(w, h, {30, 0, 60});
     for (int y = 0; y < h; ++y) {
         for (int x = 0; x < w; ++x) {
             pixels[(static_cast<size_t>(y) * w + x) * 4 + 1] = y * 255 / (h - 1);
@@ -331,7 +317,7 @@ TEST_F(VideoBlurFilterTest, DrawBeforeAnyFrameLogsFromThePass) {
 
 TEST_F(VideoBlurFilterTest, FirstFrameShowsAtFullWeightWhateverTheWeight) {
     const Rgb colour{180, 90, 30};
-    feed(constantFrame(32, 24, colour), 32, 24);
+    feed(solidPicture(32, 24, colour), 32, 24);
     EXPECT_TRUE(filter->newFrame);
     EXPECT_EQ(filter->inputCount, 1u);
     // Captured at this Draw with a weight of 1/4, but there is nothing to fade from.
@@ -343,7 +329,7 @@ TEST_F(VideoBlurFilterTest, FirstFrameShowsAtFullWeightWhateverTheWeight) {
 
 TEST_F(VideoBlurFilterTest, AConstantPictureBlursToItselfWithinOneLevel) {
     const Rgb colour{201, 102, 53};
-    settleOn(constantFrame(64, 48, colour), 64, 48);
+    settleOn(solidPicture(64, 48, colour), 64, 48);
     gl->resizeTarget(40, 30);
     expectAll(drawn(), colour, 1);
 }
@@ -385,8 +371,8 @@ TEST_F(VideoBlurFilterTest, CrossFadeGivesQuarterStepsAgainstTheCpuMix) {
 TEST_F(VideoBlurFilterTest, CrossFadeWeightsOnConstantFramesWithDithering) {
     const Rgb a{20, 200, 100};
     const Rgb b{220, 0, 180};
-    settleOn(constantFrame(32, 24, a), 32, 24);
-    feed(constantFrame(32, 24, b), 32, 24);
+    settleOn(solidPicture(32, 24, a), 32, 24);
+    feed(solidPicture(32, 24, b), 32, 24);
     expectAll(drawn(), mixed(a, b, 0.25f), 1);
     expectAll(drawn(), mixed(a, b, 0.5f), 1);
     expectAll(drawn(), mixed(a, b, 0.75f), 1);
@@ -400,9 +386,9 @@ TEST_F(VideoBlurFilterTest, WithoutInterpolationANewFrameShowsAtFullWeightAtTheN
     filter->SetDithering(false);
     const Rgb a{20, 200, 100};
     const Rgb b{220, 0, 180};
-    feed(constantFrame(32, 24, a), 32, 24);
+    feed(solidPicture(32, 24, a), 32, 24);
     expectAll(drawn(), a, 1);
-    feed(constantFrame(32, 24, b), 32, 24);
+    feed(solidPicture(32, 24, b), 32, 24);
     const std::vector<uint8_t> out = drawn();
     EXPECT_EQ(filter->blur.pendingCaptures, 0);
     EXPECT_FALSE(filter->newFrame);
@@ -415,15 +401,15 @@ TEST_F(VideoBlurFilterTest, SwitchingInterpolationOffMidFadeFreezesTheMixUntilTh
     const Rgb a{0, 100, 200};
     const Rgb b{200, 100, 0};
     const Rgb c{50, 250, 50};
-    settleOn(constantFrame(32, 24, a), 32, 24);
-    feed(constantFrame(32, 24, b), 32, 24);
+    settleOn(solidPicture(32, 24, a), 32, 24);
+    feed(solidPicture(32, 24, b), 32, 24);
     expectAll(drawn(), mixed(a, b, 0.25f), 1);
     expectAll(drawn(), mixed(a, b, 0.5f), 1);
     filter->SetInterpolation(false);
     EXPECT_EQ(filter->interpolationStep, 2) << "the switch neither resets nor captures";
     expectAll(drawn(), mixed(a, b, 0.5f), 1);
     expectAll(drawn(), mixed(a, b, 0.5f), 1);
-    feed(constantFrame(32, 24, c), 32, 24);
+    feed(solidPicture(32, 24, c), 32, 24);
     expectAll(drawn(), c, 1);
     LogCapture log;
     filter->SetInterpolation(true);
@@ -436,13 +422,13 @@ TEST_F(VideoBlurFilterTest, FrameDuringAFadeWaitsAndOnlyTheLatestIsCaptured) {
     const Rgb b{200, 200, 200};
     const Rgb c{0, 250, 0};
     const Rgb d{240, 0, 240};
-    settleOn(constantFrame(32, 24, a), 32, 24);
-    feed(constantFrame(32, 24, b), 32, 24);
+    settleOn(solidPicture(32, 24, a), 32, 24);
+    feed(solidPicture(32, 24, b), 32, 24);
     expectAll(drawn(), mixed(a, b, 0.25f), 1);
     EXPECT_EQ(filter->interpolationStep, 3);
     // Two frames arrive during the fade; inputBuffer keeps the latest only.
-    feed(constantFrame(32, 24, c), 32, 24);
-    feed(constantFrame(32, 24, d), 32, 24);
+    feed(solidPicture(32, 24, c), 32, 24);
+    feed(solidPicture(32, 24, d), 32, 24);
     const unsigned latest = filter->blur.latestBuffer.id;
     // Each Draw now takes two steps off the fade.
     expectAll(drawn(), mixed(a, b, 0.75f), 1);
@@ -459,7 +445,7 @@ TEST_F(VideoBlurFilterTest, FrameDuringAFadeWaitsAndOnlyTheLatestIsCaptured) {
 }
 
 TEST_F(VideoBlurFilterTest, ASecondWithoutFramesGrowsTheCountToTheDrawsPerSecond) {
-    settleOn(constantFrame(16, 16, {10, 20, 30}), 16, 16);
+    settleOn(solidPicture(16, 16, {10, 20, 30}), 16, 16);
     startMeasuring();
     LogCapture log;
     // Forty Draws 25 ms apart: the fortieth is the first a full second after
@@ -482,7 +468,7 @@ TEST_F(VideoBlurFilterTest, ASecondWithoutFramesGrowsTheCountToTheDrawsPerSecond
 }
 
 TEST_F(VideoBlurFilterTest, ManyDrawsWithoutFramesStopAtSixty) {
-    settleOn(constantFrame(16, 16, {10, 20, 30}), 16, 16);
+    settleOn(solidPicture(16, 16, {10, 20, 30}), 16, 16);
     startMeasuring();
     // 250 Draws 4 ms apart make a second; 250 a second clamp to sixty.
     int draws = 0;
@@ -531,7 +517,7 @@ TEST_F(VideoBlurFilterTest, FramesFasterThanDrawsSettleTheCountAtOne) {
 TEST_F(VideoBlurFilterTest, ScaleFactorIsMeasuredAgainstTheReferencePicture) {
     const int w = 1920, h = 1080;
     LogCapture log;
-    feed(constantFrame(w, h, {60, 60, 60}), w, h);
+    feed(solidPicture(w, h, {60, 60, 60}), w, h);
     filter->Draw(0, 0);
     // 1 / (10 * 1920 / 720) = 0.0375. In single precision it falls just
     // below, so 1080 * s + 0.5 truncates to 40 rather than 41.
@@ -568,7 +554,7 @@ TEST_F(VideoBlurFilterTest, RefusedFrameIsCountedAndItsCaptureRefusedByThePass) 
 
 TEST_F(VideoBlurFilterTest, TextureInputCountsAsAFrame) {
     const Rgb colour{70, 140, 210};
-    std::vector<uint8_t> pixels = constantFrame(20, 10, colour);
+    std::vector<uint8_t> pixels = solidPicture(20, 10, colour);
     pmGL::Texture tex;
     pmUtil::ImageData<unsigned char> image(20, 10, 4, pixels.data());
     pmGL::createTexture(tex, image, pmGL::TextureOpts());
@@ -600,7 +586,7 @@ TEST_F(VideoBlurFilterTest, IntensityIsClampedWithItsWords) {
 TEST_F(VideoBlurFilterTest, DimmingIsClampedAndActsAtTheNextDraw) {
     filter->SetDithering(false);
     const Rgb colour{200, 100, 50};
-    settleOn(constantFrame(32, 24, colour), 32, 24);
+    settleOn(solidPicture(32, 24, colour), 32, 24);
     LogCapture log;
     filter->SetDimming(-1.0f);
     EXPECT_EQ(filter->dim, 0.0f);
@@ -627,7 +613,7 @@ TEST_F(VideoBlurFilterTest, MixColourIsLoggedAsGivenAndClamped) {
     EXPECT_EQ(filter->blur.dualCompositing.ud.vec4s.at("uMixColor"),
               glm::vec4(1.0f, 0.0f, 0.5f, 1.0f));
     filter->SetDithering(false);
-    settleOn(constantFrame(32, 24, {10, 20, 30}), 32, 24);
+    settleOn(solidPicture(32, 24, {10, 20, 30}), 32, 24);
     expectAll(drawn(), {255, 0, 128}, 1);
 }
 
@@ -642,7 +628,7 @@ TEST_F(VideoBlurFilterTest, DitheringSwitchSetsThePassFlagWithItsWords) {
     // Dimming works whatever the flag says.
     filter->SetDithering(false);
     filter->SetDimming(0.0f);
-    settleOn(constantFrame(32, 24, {200, 200, 200}), 32, 24);
+    settleOn(solidPicture(32, 24, {200, 200, 200}), 32, 24);
     expectAll(drawn(), {0, 0, 0}, 0);
 }
 
@@ -650,7 +636,7 @@ TEST_F(VideoBlurFilterTest, AreaLimitsTheDrawToItsPart) {
     filter->SetDithering(false);
     const Rgb colour{240, 30, 30};
     filter->SetArea(glm::vec2(0.5f), glm::vec2(1.0f), glm::vec2(0.5f), glm::vec2(1.0f));
-    settleOn(constantFrame(32, 32, colour), 32, 32);
+    settleOn(solidPicture(32, 32, colour), 32, 32);
     const std::vector<uint8_t> out = drawn();
     for (int y = 0; y < 16; ++y) {
         for (int x = 0; x < 16; ++x) {
@@ -680,11 +666,11 @@ TEST_F(VideoBlurFilterTest, PlanarInputAndReadBackAreEmptyOperations) {
 }
 
 TEST_F(VideoBlurFilterTest, ResetForgetsCapturesAndRestartsTheMeasurement) {
-    settleOn(constantFrame(16, 16, {1, 2, 3}), 16, 16);
-    feed(constantFrame(16, 16, {4, 5, 6}), 16, 16);
+    settleOn(solidPicture(16, 16, {1, 2, 3}), 16, 16);
+    feed(solidPicture(16, 16, {4, 5, 6}), 16, 16);
     filter->Draw(0, 0);
     filter->interpolationCount = 9;
-    feed(constantFrame(16, 16, {7, 8, 9}), 16, 16);
+    feed(solidPicture(16, 16, {7, 8, 9}), 16, 16);
     filter->Reset();
     EXPECT_FALSE(filter->newFrame);
     EXPECT_EQ(filter->interpolationStep, 0);

@@ -7,6 +7,7 @@
 
 #include "CpuGaussianBlur.h"
 #include "GLTestContext.h"
+#include "TestPictures.h"
 #include "GaussianBlur.h"
 #include "LogCapture.h"
 
@@ -19,17 +20,6 @@ pmGL::Texture makeTexture(int w, int h, const uint8_t* pixels) {
     pmUtil::ImageData<unsigned char> image(w, h, 4, const_cast<uint8_t*>(pixels));
     pmGL::createTexture(tex, image, pmGL::TextureOpts());
     return tex;
-}
-
-std::vector<uint8_t> uniformPixels(int w, int h, uint8_t r, uint8_t g, uint8_t b) {
-    std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 4);
-    for (size_t i = 0; i < pixels.size(); i += 4) {
-        pixels[i] = r;
-        pixels[i + 1] = g;
-        pixels[i + 2] = b;
-        pixels[i + 3] = 255;
-    }
-    return pixels;
 }
 
 // The down stage and the horizontal pass on the CPU: the input read at the
@@ -167,7 +157,7 @@ TEST_F(CustomBlurTest, BuffersFollowTheScaledSizeOfAFullHdInput) {
 }
 
 TEST_F(CustomBlurTest, ScaleZeroReportsTheSizeAndBlursAtOnePixel) {
-    std::vector<uint8_t> pixels = uniformPixels(8, 8, 10, 20, 30);
+    std::vector<uint8_t> pixels = solidPicture(8, 8, {10, 20, 30});
     pmGL::Texture tex = makeTexture(8, 8, pixels.data());
     pmDraw::setTexture(context, tex, 0.0f);
     pmDraw::setScaleFactor(context, 0.0f);
@@ -184,7 +174,7 @@ TEST_F(CustomBlurTest, ScaleZeroReportsTheSizeAndBlursAtOnePixel) {
 }
 
 TEST_F(CustomBlurTest, ScaleOneWithDitherBlursTheInputDirectly) {
-    std::vector<uint8_t> pixels = uniformPixels(16, 16, 90, 120, 200);
+    std::vector<uint8_t> pixels = solidPicture(16, 16, {90, 120, 200});
     pmGL::Texture tex = makeTexture(16, 16, pixels.data());
     pmDraw::setTexture(context, tex, 0.0f);
     LogCapture log;
@@ -202,7 +192,7 @@ TEST_F(CustomBlurTest, ScaleOneWithDitherBlursTheInputDirectly) {
 }
 
 TEST_F(CustomBlurTest, WithoutDitherTheBlurBufferGoesAndTheMixColourHasNoEffect) {
-    std::vector<uint8_t> pixels = uniformPixels(16, 16, 100, 100, 100);
+    std::vector<uint8_t> pixels = solidPicture(16, 16, {100, 100, 100});
     pmGL::Texture tex = makeTexture(16, 16, pixels.data());
     pmDraw::setTexture(context, tex, 0.0f);
     pmDraw::setScaleFactor(context, 0.5f);
@@ -322,7 +312,7 @@ TEST_F(CustomBlurTest, FinalPassHoldsAreaColourAndAlpha) {
     EXPECT_FLOAT_EQ(context.dither.ud.floats["uAlphaMultiplier"], 0.25f);
     EXPECT_FALSE(context.composite.ud.floats["uAlphaMultiplier"] == 0.25f);
 
-    std::vector<uint8_t> pixels = uniformPixels(16, 16, 200, 200, 200);
+    std::vector<uint8_t> pixels = solidPicture(16, 16, {200, 200, 200});
     pmGL::Texture tex = makeTexture(16, 16, pixels.data());
     pmDraw::setTexture(context, tex, 0.0f);
     pmDraw::drawCustomGaussianBlur(context);

@@ -9,27 +9,13 @@
 
 #include "CpuGaussianBlur.h"
 #include "GLTestContext.h"
+#include "TestPictures.h"
 #include "GaussianBlur.h"
 #include "LogCapture.h"
 
 namespace {
 
 using pmDraw::VideoGaussianBlur;
-
-struct Rgb {
-    int r, g, b;
-};
-
-std::vector<uint8_t> uniformPixels(int w, int h, Rgb c) {
-    std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 4);
-    for (size_t i = 0; i < pixels.size(); i += 4) {
-        pixels[i] = static_cast<uint8_t>(c.r);
-        pixels[i + 1] = static_cast<uint8_t>(c.g);
-        pixels[i + 2] = static_cast<uint8_t>(c.b);
-        pixels[i + 3] = 255;
-    }
-    return pixels;
-}
 
 pmGL::Texture makeTexture(int w, int h, std::vector<uint8_t>& pixels) {
     pmGL::Texture tex;
@@ -84,7 +70,7 @@ protected:
     }
     // A uniform texture of the given colour, kept until the end of the test.
     pmGL::Texture& uniformTexture(Rgb c, int w = 32, int h = 24) {
-        std::vector<uint8_t> pixels = uniformPixels(w, h, c);
+        std::vector<uint8_t> pixels = solidPicture(w, h, c);
         textures.push_back(makeTexture(w, h, pixels));
         return textures.back();
     }
@@ -151,7 +137,7 @@ TEST_F(GLTest, VideoBlurKernelIndexIsNotClamped) {
 TEST_F(GLTest, VideoBlurFinalizeReleasesEverythingAndKeepsTheCount) {
     VideoGaussianBlur video;
     ASSERT_TRUE(video.initialize(35));
-    std::vector<uint8_t> pixels = uniformPixels(8, 8, {10, 20, 30});
+    std::vector<uint8_t> pixels = solidPicture(8, 8, {10, 20, 30});
     pmUtil::ImageData<unsigned char> image(8, 8, 4, pixels.data());
     video.setVideoCapture(image, 0.0f);
     ASSERT_EQ(video.pendingCaptures, 1);
@@ -171,7 +157,7 @@ TEST_F(GLTest, VideoBlurFinalizeReleasesEverythingAndKeepsTheCount) {
 
 TEST_F(GLTest, VideoBlurCaptureBeforeInitializeIsRefusedWithEachFormsWords) {
     VideoGaussianBlur video;
-    std::vector<uint8_t> pixels = uniformPixels(4, 4, {1, 2, 3});
+    std::vector<uint8_t> pixels = solidPicture(4, 4, {1, 2, 3});
     pmGL::Texture tex = makeTexture(4, 4, pixels);
     pmUtil::ImageData<unsigned char> image(4, 4, 4, pixels.data());
     LogCapture log;
@@ -345,7 +331,7 @@ TEST_F(VideoBlurTest, LargerInputCreatesTheBuffersOnceMore) {
 }
 
 TEST_F(VideoBlurTest, ImageCaptureReusesItsUploadTexture) {
-    std::vector<uint8_t> pixels = uniformPixels(12, 10, {80, 90, 100});
+    std::vector<uint8_t> pixels = solidPicture(12, 10, {80, 90, 100});
     pmUtil::ImageData<unsigned char> image(12, 10, 4, pixels.data());
     video.setVideoCapture(image, 0.0f);
     const unsigned id = video.captureTexture.id;
@@ -365,7 +351,7 @@ TEST_F(VideoBlurTest, FlipIsAppliedOnceInTheBlur) {
     sharp.setScaleFactor(1.0f);
     sharp.dithering = false;
     const int w = 64, h = 64;
-    std::vector<uint8_t> pixels = uniformPixels(w, h, {0, 0, 255});
+    std::vector<uint8_t> pixels = solidPicture(w, h, {0, 0, 255});
     for (int y = 0; y < h / 2; ++y) {
         for (int x = 0; x < w; ++x) {
             uint8_t* p = &pixels[(static_cast<size_t>(y) * w + x) * 4];

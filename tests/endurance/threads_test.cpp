@@ -16,6 +16,7 @@
 #include "EnduranceSupport.h"
 #include "GLObjectLedger.h"
 #include "GLTestContext.h"
+#include "TestPictures.h"
 #include "LogCapture.h"
 #include "pixmora.h"
 #include "pmGLContextManager.h"
@@ -27,21 +28,6 @@ using pmGL::GLContextManager;
 constexpr int kThreads = 8;
 constexpr int kCallsPerThread = 500;
 constexpr int kRecreateEvery = 12;  // iterations between new sets of objects
-
-struct Rgb {
-    int r, g, b;
-};
-
-std::vector<uint8_t> flatPicture(int w, int h, Rgb c) {
-    std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 4);
-    for (size_t i = 0; i < pixels.size(); i += 4) {
-        pixels[i] = static_cast<uint8_t>(c.r);
-        pixels[i + 1] = static_cast<uint8_t>(c.g);
-        pixels[i + 2] = static_cast<uint8_t>(c.b);
-        pixels[i + 3] = 255;
-    }
-    return pixels;
-}
 
 // Pixels of the grey effect's output (bottom row first) that are not the
 // luma of the top-row-first input within one level: the shader's float sum
@@ -120,7 +106,7 @@ int threadWork(unsigned seed, std::atomic<int>& calls) {
         const Rgb colour{static_cast<int>((seed * 53 + iteration * 7) % 256),
                          static_cast<int>((seed * 31 + iteration * 13) % 256),
                          static_cast<int>((seed * 17 + iteration * 29) % 256)};
-        std::vector<uint8_t> flat = flatPicture(w, h, colour);
+        std::vector<uint8_t> flat = solidPicture(w, h, colour);
         std::vector<uint8_t> readBack(flat.size(), 0);
         call([&] { pmBlurFilterSetBuffer(objects.still, flat.data(), w, h, 4); });
         call([&] {
