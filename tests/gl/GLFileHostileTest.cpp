@@ -3,8 +3,6 @@
 // pads or whose format GL will not read back as it stands.
 #include <gtest/gtest.h>
 
-#include <stdlib.h>
-
 #include <array>
 #include <cstdint>
 #include <filesystem>
@@ -15,6 +13,7 @@
 #include "GLTestContext.h"
 #include "GLTestHelpers.h"
 #include "LogCapture.h"
+#include "ScratchDirectory.h"
 #include "pmGL.h"
 #include "pmGLUtil.h"
 #include "pmStb.h"
@@ -55,16 +54,9 @@ class GLFileHostileTest : public GLTest {
 protected:
     void SetUp() override {
         GLTest::SetUp();
-        char name[] = "/tmp/pixmora-hostile-XXXXXX";
-        ASSERT_NE(mkdtemp(name), nullptr);
-        dir = name;
+        ASSERT_TRUE(scratch.created());
     }
-    void TearDown() override {
-        std::error_code ignored;
-        std::filesystem::remove_all(dir, ignored);
-        GLTest::TearDown();
-    }
-    std::string path(const std::string& name) const { return dir + "/" + name; }
+    std::string path(const std::string& name) const { return scratch.file(name); }
 
     // A framebuffer of one 8-bit colour texture of `channel` channels.
     void createFrameBufferOf(FrameBuffer& fb, int width, int height, int channel,
@@ -77,7 +69,7 @@ protected:
         ASSERT_TRUE(isExist(fb));
     }
 
-    std::string dir;
+    ScratchDirectory scratch{"pixmora-hostile"};
 };
 
 // ---- PKM

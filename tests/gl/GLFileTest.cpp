@@ -2,8 +2,6 @@
 // framebuffer streams, gradient (noise) textures and PKM compressed textures.
 #include <gtest/gtest.h>
 
-#include <stdlib.h>
-
 #include <array>
 #include <cstdint>
 #include <cstdio>
@@ -17,6 +15,7 @@
 #include "GLTestContext.h"
 #include "GLTestHelpers.h"
 #include "LogCapture.h"
+#include "ScratchDirectory.h"
 #include "pmGL.h"
 #include "pmGLUtil.h"
 #include "pmStb.h"
@@ -73,16 +72,9 @@ class GLFileTest : public GLTest {
 protected:
     void SetUp() override {
         GLTest::SetUp();
-        char pattern[] = "/tmp/pixmora-glfile-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        dir = pattern;
+        ASSERT_TRUE(scratch.created());
     }
-    void TearDown() override {
-        std::error_code ignored;
-        std::filesystem::remove_all(dir, ignored);
-        GLTest::TearDown();
-    }
-    std::string path(const std::string& name) const { return dir + "/" + name; }
+    std::string path(const std::string& name) const { return scratch.file(name); }
 
     // A framebuffer of `count` RGBA8 colour textures holding `pixels`.
     void createRGBA(FrameBuffer& fb, int width, int height, int count,
@@ -99,7 +91,7 @@ protected:
         return gl->readTarget();
     }
 
-    std::string dir;
+    ScratchDirectory scratch{"pixmora-glfile"};
 };
 
 // ---- loadTexture

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>
@@ -14,6 +13,7 @@
 #include <vector>
 
 #include "LogCapture.h"
+#include "ScratchDirectory.h"
 #include "pmCV.h"
 #include "pmUtil.h"
 
@@ -70,17 +70,9 @@ bool hasColor(const Palette& palette, int r, int g, int b) {
 // A fresh directory under /tmp for one test, removed afterwards.
 class CVFileTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/pixmora-cv-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        dir = pattern;
-    }
-    void TearDown() override {
-        std::error_code ignored;
-        fs::remove_all(dir, ignored);
-    }
+    void SetUp() override { ASSERT_TRUE(scratch.created()); }
 
-    std::string path(const std::string& name) const { return (dir / name).string(); }
+    std::string path(const std::string& name) const { return scratch.file(name); }
 
     // Writes a motion JPEG file of `count` frames, each of one colour: frame
     // i is red for even i and blue for odd i.
@@ -99,7 +91,7 @@ protected:
         pmCV::deleteVideoWriter(writer);
     }
 
-    fs::path dir;
+    ScratchDirectory scratch{"pixmora-cv"};
 };
 
 void expectNear(const unsigned char* pixel, int r, int g, int b, int tolerance) {

@@ -2,7 +2,6 @@
 // more than the stream holds, impossible sizes and channel counts, truncated
 // pixels, and headers that claim more pixels than their file can encode.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -13,6 +12,7 @@
 #include <vector>
 
 #include "LogCapture.h"
+#include "ScratchDirectory.h"
 #include "pmStb.h"
 #include "pmUtil.h"
 #include "util/pmStb.jpegTables.h"
@@ -65,16 +65,8 @@ Bytes bmpHeader(std::int32_t width, std::int32_t height) {
 
 class StbHostileTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/pixmora-stb-hostile-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        dir = pattern;
-    }
-    void TearDown() override {
-        std::error_code ignored;
-        fs::remove_all(dir, ignored);
-    }
-    std::string path(const std::string& name) const { return (dir / name).string(); }
+    void SetUp() override { ASSERT_TRUE(scratch.created()); }
+    std::string path(const std::string& name) const { return scratch.file(name); }
 
     std::string write(const std::string& name, const Bytes& bytes) const {
         std::ofstream out(path(name), std::ios::binary);
@@ -96,7 +88,7 @@ protected:
         EXPECT_EQ(log.countEndingWith("> Broken image record: " + reason + ".\n"), 1) << log.dump();
     }
 
-    fs::path dir;
+    ScratchDirectory scratch{"pixmora-stb-hostile"};
 };
 
 TEST_F(StbHostileTest, ExtensionLengthOfSixGibibytesIsRefused) {

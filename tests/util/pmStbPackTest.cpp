@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cmath>
 #include <cstdint>
@@ -13,6 +12,7 @@
 #include <vector>
 
 #include "LogCapture.h"
+#include "ScratchDirectory.h"
 #include "pmStb.h"
 #include "pmUtil.h"
 
@@ -26,17 +26,9 @@ using Block = pmUtil::MemoryBlock<unsigned char>;
 // A fresh directory under /tmp for one test, removed afterwards.
 class StbPackTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/pixmora-pack-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        dir = pattern;
-    }
-    void TearDown() override {
-        std::error_code ignored;
-        fs::remove_all(dir, ignored);
-    }
+    void SetUp() override { ASSERT_TRUE(scratch.created()); }
 
-    std::string path(const std::string& name) const { return (dir / name).string(); }
+    std::string path(const std::string& name) const { return scratch.file(name); }
 
     std::vector<unsigned char> fileBytes(const std::string& name) const {
         std::ifstream in(path(name), std::ios::binary);
@@ -44,7 +36,8 @@ protected:
                                           std::istreambuf_iterator<char>());
     }
 
-    fs::path dir;
+    ScratchDirectory scratch{"pixmora-pack"};
+    const std::filesystem::path& dir = scratch.path();
 };
 
 std::vector<unsigned char> patternPixels(int width, int height, int channel) {

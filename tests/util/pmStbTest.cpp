@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -9,6 +8,7 @@
 #include <vector>
 
 #include "LogCapture.h"
+#include "ScratchDirectory.h"
 #include "pmStb.h"
 #include "pmUtil.h"
 
@@ -20,18 +20,12 @@ using Image = pmUtil::ImageData<unsigned char>;
 // A fresh directory under /tmp for one test, removed afterwards.
 class StbFileTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/pixmora-stb-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        dir = pattern;
-    }
+    void SetUp() override { ASSERT_TRUE(scratch.created()); }
     void TearDown() override {
         if (!previousDir.empty()) fs::current_path(previousDir);
-        std::error_code ignored;
-        fs::remove_all(dir, ignored);
     }
 
-    std::string path(const std::string& name) const { return (dir / name).string(); }
+    std::string path(const std::string& name) const { return scratch.file(name); }
 
     void enterDir() {
         previousDir = fs::current_path();
@@ -46,7 +40,8 @@ protected:
         return names;
     }
 
-    fs::path dir;
+    ScratchDirectory scratch{"pixmora-stb"};
+    const std::filesystem::path& dir = scratch.path();
     fs::path previousDir;
 };
 
