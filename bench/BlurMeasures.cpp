@@ -61,11 +61,16 @@ double ssim(const cv::Mat& a, const cv::Mat& b) {
     return cv::mean(map)[0];
 }
 
+namespace {
+// fitSigma searches over a factor of two each way of its guess.
+constexpr double kFitRange = 2.0;
+}  // namespace
+
 double fitSigma(const GaussianReference& reference, const cv::Mat& output, double guess,
                 double* bestSsim) {
     // Golden-section search on log sigma, over a factor of two each way.
     const double phi = 0.5 * (std::sqrt(5.0) - 1.0);
-    double low = std::log(guess * 0.5), high = std::log(guess * 2.0);
+    double low = std::log(guess / kFitRange), high = std::log(guess * kFitRange);
     auto score = [&](double logSigma) {
         return ssim(reference.blurred(std::exp(logSigma)), output);
     };
@@ -88,6 +93,11 @@ double fitSigma(const GaussianReference& reference, const cv::Mat& output, doubl
     }
     *bestSsim = std::max(s1, s2);
     return std::exp(s1 > s2 ? x1 : x2);
+}
+
+bool fitAtRangeEnd(double sigma, double guess) {
+    // Nine golden-section steps leave the search within 2% of an end.
+    return std::abs(std::log(sigma / guess)) > std::log(kFitRange) - 0.03;
 }
 
 cv::Rect smoothestRegion(const cv::Mat& luma, cv::Size size) {

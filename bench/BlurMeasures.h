@@ -33,6 +33,11 @@ double ssim(const cv::Mat& a, const cv::Mat& b);
 double fitSigma(const GaussianReference& reference, const cv::Mat& output, double guess,
                 double* bestSsim);
 
+// Whether a sigma from fitSigma lies at an end of its search range: the
+// output then fits no Gaussian near the guess, or the reference does not
+// model what the blurs do (an edge, say), and its SSIM says little.
+bool fitAtRangeEnd(double sigma, double guess);
+
 // The window of `size` whose input is smoothest (least second difference):
 // a sky or a wall, where a grid would show.
 cv::Rect smoothestRegion(const cv::Mat& luma, cv::Size size);

@@ -25,11 +25,15 @@ def markdown(path):
               f"{b['smooth_ms']:.1f} | {b['pyramid_ms']:.1f} | {b['gauss_ms']:.0f} | "
               f"{b['cpu_ms']:.1f} | {b['pyramid_x_smooth']:.2f} | {b['copy_ms']:.1f} |")
     print()
-    print("| picture | intensity | SSIM default | smooth | pyramid | full Gaussian | OpenCV |")
-    print("|---|---|---|---|---|---|---|")
+    print("| picture | intensity | SSIM default | smooth | pyramid | full Gaussian | OpenCV | "
+          "planned sigma px | smooth fits px |")
+    print("|---|---|---|---|---|---|---|---|---|")
     for picture, intensity, b in rows(path):
         cells = " | ".join(f"{b[c + '_ssim']:.4f}" for c in CONTENDERS)
-        print(f"| {picture} | {intensity} | {cells} |")
+        # A fit at the end of its search range is marked: it measured nothing.
+        mark = " (range end)" if b.get("fit_at_range_end") else ""
+        print(f"| {picture} | {intensity} | {cells} | {b['planned_sigma']:.1f} | "
+              f"{b['smooth_fit_sigma']:.1f}{mark} |")
     print()
     print("| picture | intensity | grid line (period px): default | smooth | pyramid | "
           "full Gaussian | OpenCV |")
