@@ -30,7 +30,8 @@ def markdown(path):
     print("|---|---|---|---|---|---|---|---|---|")
     for picture, intensity, b in rows(path):
         cells = " | ".join(f"{b[c + '_ssim']:.4f}" for c in CONTENDERS)
-        # A fit at the end of its search range is marked: it measured nothing.
+        # Marked when the default's or the smooth fit ended at its search range:
+        # then its reference measured something else than the blur.
         mark = " (range end)" if b.get("fit_at_range_end") else ""
         print(f"| {picture} | {intensity} | {cells} | {b['planned_sigma']:.1f} | "
               f"{b['smooth_fit_sigma']:.1f}{mark} |")

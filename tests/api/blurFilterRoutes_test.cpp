@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "GLTestContext.h"
-#include "TestPictures.h"
 #include "LogCapture.h"
 #include "PhotoFilterBlur.h"
+#include "TestPictures.h"
 #include "pixmora.h"
 
 namespace {

@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "GLTestContext.h"
-#include "TestPictures.h"
 #include "LogCapture.h"
 #include "PhotoFilterBlur.h"
 #include "PhotoFilterVideoBlur.h"
+#include "TestPictures.h"
 #include "pixmora.h"
 #include "pmGLContextManager.h"
 

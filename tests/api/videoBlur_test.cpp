@@ -19,11 +19,11 @@
 #include "AllocationCounter.h"
 #include "CpuGaussianBlur.h"
 #include "GLTestContext.h"
-#include "TestPictures.h"
 #include "HeldClock.h"
 #include "LogCapture.h"
 #include "SanitizerBuild.h"
 #include "PhotoFilterVideoBlur.h"
+#include "TestPictures.h"
 #include "pmUtil.h"
 
 namespace {

@@ -7,9 +7,9 @@
 
 #include "CpuGaussianBlur.h"
 #include "GLTestContext.h"
-#include "TestPictures.h"
 #include "GaussianBlur.h"
 #include "LogCapture.h"
+#include "TestPictures.h"
 
 namespace {
 
@@ -252,7 +252,7 @@ TEST_F(CustomBlurTest, QuarterScaleKeepsTheMeanColour) {
 template <typename Model>
 void expectStructuredBlur(GLTestContext& gl, bool dithering, int tolerance, Model&& model) {
     const int w = 64, h = 32;
-    std::vector<uint8_t> pixels = cpublur::structuredPicture(w, h);
+    std::vector<uint8_t> pixels = stepCheckerRampPicture(w, h);
     pmGL::Texture tex = makeTexture(w, h, pixels.data());
     gl.resizeTarget(w, h);
     for (int kernel : {11, 35}) {

@@ -9,9 +9,9 @@
 
 #include "CpuGaussianBlur.h"
 #include "GLTestContext.h"
-#include "TestPictures.h"
 #include "GaussianBlur.h"
 #include "LogCapture.h"
+#include "TestPictures.h"
 
 namespace {
 
@@ -390,7 +390,7 @@ TEST_F(VideoBlurTest, FlipIsAppliedOnceInTheBlur) {
 // both passes along x by 60, a missed flip by over 170.
 TEST_F(VideoBlurTest, StructuredPictureMatchesTheCpuPasses) {
     const int w = 64, h = 32;
-    std::vector<uint8_t> pixels = cpublur::structuredPicture(w, h);
+    std::vector<uint8_t> pixels = stepCheckerRampPicture(w, h);
     pmGL::Texture tex = makeTexture(w, h, pixels);
     pmUtil::ImageData<unsigned char> image(w, h, 4, pixels.data());
     gl->resizeTarget(w, h);

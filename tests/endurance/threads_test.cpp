@@ -16,8 +16,8 @@
 #include "EnduranceSupport.h"
 #include "GLObjectLedger.h"
 #include "GLTestContext.h"
-#include "TestPictures.h"
 #include "LogCapture.h"
+#include "TestPictures.h"
 #include "pixmora.h"
 #include "pmGLContextManager.h"
 

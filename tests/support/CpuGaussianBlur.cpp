@@ -133,20 +133,6 @@ Picture blurBoth(const std::vector<uint8_t>& rgba, int width, int height, int ke
     return blurDirection(blurDirection(input, kernel, true), kernel, false);
 }
 
-std::vector<uint8_t> structuredPicture(int width, int height) {
-    std::vector<uint8_t> pixels(static_cast<size_t>(width) * height * 4);
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) {
-            uint8_t* p = &pixels[(static_cast<size_t>(y) * width + x) * 4];
-            p[0] = x >= 40 ? 255 : 0;
-            p[1] = ((x / 8 + y / 8) % 2) != 0 ? 230 : 20;
-            p[2] = static_cast<uint8_t>(y * 255 / (height - 1));
-            p[3] = 255;
-        }
-    }
-    return pixels;
-}
-
 int worstDifference(const std::vector<uint8_t>& out, const Picture& expected) {
     if (out.size() != expected.rgba.size()) return 256;
     int worst = 0;

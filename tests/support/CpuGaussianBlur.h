@@ -44,11 +44,6 @@ Picture resample(const Picture& in, int width, int height);
 // The rows in reverse order: what a pass with the vertical flip reads.
 Picture flipRows(const Picture& in);
 
-// RGBA bytes with structure along both axes and no symmetry that would hide
-// a flip or a swapped axis: red steps from 0 to 255 at x = 40, green is a
-// checker of 8 x 8 blocks, blue ramps up the rows of memory.
-std::vector<uint8_t> structuredPicture(int width, int height);
-
 // The largest difference of read-back RGBA bytes from the model over the
 // colour channels; 256 when the sizes differ or an alpha is not 255.
 int worstDifference(const std::vector<uint8_t>& out, const Picture& expected);
